@@ -1,0 +1,91 @@
+#include "audio_port.h"
+
+namespace {
+
+/// How the samples of one call family are made from floats and back, and the family's two calls.
+template <class Sample>
+struct call_family;
+
+template <>
+struct call_family<short> {
+    static short from_float(float sample) { return to_int16(sample); }
+    static float to_float(short sample) { return from_int16(sample); }
+    static constexpr auto input = qnl_input_audio_short;
+    static constexpr auto output = qnl_output_audio_short;
+};
+
+template <>
+struct call_family<float> {
+    static float from_float(float sample) { return sample; }
+    static float to_float(float sample) { return sample; }
+    static constexpr auto input = qnl_input_audio_float;
+    static constexpr auto output = qnl_output_audio_float;
+};
+
+template <>
+struct call_family<double> {
+    static double from_float(float sample) { return sample; }
+    static float to_float(double sample) { return static_cast<float>(sample); }
+    static constexpr auto input = qnl_input_audio_double;
+    static constexpr auto output = qnl_output_audio_double;
+};
+
+/// Where a sample of an interleaved block lies in the host's buffer.
+class sample_order {
+public:
+    sample_order(std::size_t samples, int channels, bool interleaved)
+        : channels_(interleaved ? 1 : static_cast<std::size_t>(channels)), frames_(samples / channels_) {}
+
+    std::size_t operator()(std::size_t index) const {
+        return index % channels_ * frames_ + index / channels_;
+    }
+
+private:
+    std::size_t channels_; // an interleaved buffer reads like a single channel
+    std::size_t frames_;
+};
+
+template <class Sample>
+class typed_audio_port : public audio_port {
+    using family = call_family<Sample>;
+
+public:
+    explicit typed_audio_port(const port_configuration& whose) : whose_(whose) {}
+
+    qnl_error_code push(const std::vector<float>& block) override {
+        const sample_order place(block.size(), whose_.input_channels, whose_.interleaved);
+        buffer_.resize(block.size());
+        for (std::size_t i = 0; i < block.size(); ++i)
+            buffer_[place(i)] = family::from_float(block[i]);
+        return family::input(whose_.engine, whose_.room_id, whose_.participant_id, buffer_.data(),
+                             static_cast<int>(block.size()) / whose_.input_channels);
+    }
+
+    qnl_error_code pull(std::vector<float>& block) override {
+        buffer_.resize(block.size());
+        const qnl_error_code code =
+            family::output(whose_.engine, whose_.room_id, whose_.participant_id, buffer_.data());
+        const sample_order place(block.size(), whose_.output_channels, whose_.interleaved);
+        for (std::size_t i = 0; i < block.size(); ++i)
+            block[i] = family::to_float(buffer_[place(i)]);
+        return code;
+    }
+
+private:
+    port_configuration whose_;
+    std::vector<Sample> buffer_;
+};
+
+} // namespace
+
+std::unique_ptr<audio_port> make_audio_port(sample_type samples, const port_configuration& whose) {
+    switch (samples) {
+    case sample_type::int16:
+        return std::make_unique<typed_audio_port<short>>(whose);
+    case sample_type::float64:
+        return std::make_unique<typed_audio_port<double>>(whose);
+    case sample_type::float32:
+        break;
+    }
+    return std::make_unique<typed_audio_port<float>>(whose);
+}
