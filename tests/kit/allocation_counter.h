@@ -1,0 +1,34 @@
+/// Counts what the code under test takes from the heap.
+#ifndef QUENLIS_TEST_KIT_ALLOCATION_COUNTER_H
+#define QUENLIS_TEST_KIT_ALLOCATION_COUNTER_H
+
+#include <cstddef>
+
+namespace test_kit {
+
+/// Counts the heap calls of the calling thread from its construction on. Counters may nest.
+///
+/// Seen are operator new and delete wherever they are called from; malloc and its kin, and thrown exceptions
+/// (one allocation each, never a release), where they are called from code linked into the test program. Heap
+/// calls inside shared libraries, such as the C library's own, are not seen.
+///
+///     test_kit::allocation_counter heap;
+///     qnl_output_audio_float(handle, 1, 1, block);
+///     EXPECT_EQ(heap.allocations(), 0U);
+class allocation_counter {
+public:
+    allocation_counter();
+
+    /// Blocks taken since construction. A realloc counts as one, and as a release of what it was given.
+    std::size_t allocations() const;
+    /// Blocks given back since construction; null is none.
+    std::size_t releases() const;
+
+private:
+    std::size_t allocations_before_;
+    std::size_t releases_before_;
+};
+
+} // namespace test_kit
+
+#endif

@@ -1,0 +1,29 @@
+/// Test signals. The same arguments give the same samples on every machine and with every standard library.
+#ifndef QUENLIS_TEST_KIT_SIGNALS_H
+#define QUENLIS_TEST_KIT_SIGNALS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace test_kit {
+
+/// White noise, uniform from -amplitude to amplitude.
+std::vector<float> noise(std::size_t frames, std::uint32_t seed, float amplitude = 1.0F);
+
+/// A sine that starts at phase 0.
+std::vector<float> sine(std::size_t frames, double hz, float amplitude = 1.0F, double rate = 48000.0);
+
+/// Zeros with one sample of `amplitude`. @param at  its index, below `frames`
+std::vector<float> impulse(std::size_t frames, std::size_t at = 0, float amplitude = 1.0F);
+
+/// Four syllables a second of a gliding voice, with vowel resonances, hissing onsets and a pause after each
+/// third syllable. The pitch wanders around 90 to 210 Hz, as `seed` picks; the peak is 0.5.
+std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double rate = 48000.0);
+
+/// A planar stereo block: all of `left`, then all of `right`.
+std::vector<float> planar(const std::vector<float>& left, const std::vector<float>& right);
+
+} // namespace test_kit
+
+#endif

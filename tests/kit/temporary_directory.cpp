@@ -1,0 +1,47 @@
+#include "kit/temporary_directory.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
+namespace test_kit {
+
+temporary_directory::temporary_directory()
+    : path_((std::filesystem::temp_directory_path() / "quenlis-XXXXXX").string()) {
+    if (mkdtemp(path_.data()) == nullptr) {
+        throw std::runtime_error("cannot make a temporary directory like " + path_);
+    }
+}
+
+temporary_directory::~temporary_directory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string temporary_directory::path_of(std::string_view name) const {
+    return (std::filesystem::path(path_) / name).string();
+}
+
+std::string temporary_directory::write(std::string_view name, std::string_view bytes) const {
+    std::string path = path_of(name);
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file) {
+        throw std::runtime_error("cannot write " + path);
+    }
+    return path;
+}
+
+std::string temporary_directory::read(std::string_view name) const {
+    std::ifstream file(path_of(name), std::ios::binary);
+    if (!file) {
+        throw std::runtime_error("cannot read " + path_of(name));
+    }
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+} // namespace test_kit

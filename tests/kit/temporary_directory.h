@@ -1,0 +1,35 @@
+/// Files that a test needs for its own duration.
+#ifndef QUENLIS_TEST_KIT_TEMPORARY_DIRECTORY_H
+#define QUENLIS_TEST_KIT_TEMPORARY_DIRECTORY_H
+
+#include <string>
+#include <string_view>
+
+namespace test_kit {
+
+/// A fresh directory of its own, removed with all that is in it at the end.
+class temporary_directory {
+public:
+    temporary_directory();
+    ~temporary_directory();
+    temporary_directory(const temporary_directory&) = delete;
+    temporary_directory& operator=(const temporary_directory&) = delete;
+
+    const std::string& path() const { return path_; }
+
+    /// The path that a file of this name has or would have.
+    std::string path_of(std::string_view name) const;
+
+    /// Writes a file, replacing an older one. @param bytes  any bytes  @return its path
+    std::string write(std::string_view name, std::string_view bytes) const;
+
+    /// The bytes of a file; throws std::runtime_error when it cannot be read.
+    std::string read(std::string_view name) const;
+
+private:
+    std::string path_;
+};
+
+} // namespace test_kit
+
+#endif
