@@ -2,6 +2,7 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <random>
@@ -34,21 +35,30 @@ conference_runner::conference_runner() {
     folder = mkdtemp(name.data());
 }
 
-conference_runner::~conference_runner() { std::filesystem::remove_all(folder); }
+conference_runner::~conference_runner() {
+    std::filesystem::remove_all(folder);
+}
 
 void conference_runner::record(const std::string& name, const audio& content, int rate, int format) {
+    const std::size_t channels = content.size();
+    std::vector<float> samples(channels * content.front().size());
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = content[i % channels][i / channels];
+
     SF_INFO info{};
     info.samplerate = rate;
-    info.channels = static_cast<int>(content.size());
+    info.channels = static_cast<int>(channels);
     info.format = format;
     SNDFILE* file = sf_open((folder / name).c_str(), SFM_WRITE, &info);
     ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
-    for (std::size_t frame = 0; frame < content.front().size(); ++frame)
-        for (const auto& channel : content) {
-            const auto rounded = static_cast<short>(channel[frame] * 32768.0F);
-            const bool whole = (format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16;
-            whole ? sf_write_short(file, &rounded, 1) : sf_write_float(file, &channel[frame], 1);
-        }
+    if ((format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16) {
+        std::vector<short> whole(samples.size());
+        std::transform(samples.begin(), samples.end(), whole.begin(),
+                       [](float sample) { return static_cast<short>(sample * 32768.0F); });
+        sf_write_short(file, whole.data(), static_cast<sf_count_t>(whole.size()));
+    } else {
+        sf_write_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
+    }
     sf_close(file);
 }
 
@@ -65,7 +75,7 @@ outcome conference_runner::run(const std::string& program, const std::string& ar
 }
 
 outcome conference_runner::hold(const std::string& arguments) {
-    return run(QUENLIS_CONFERENCE, "-o mixes " + arguments);
+    return run(QUENLIS_CONFERENCE, arguments);
 }
 
 audio conference_runner::read(const std::string& name) {
@@ -76,9 +86,12 @@ audio conference_runner::read(const std::string& name) {
         return audio(2);
     }
     const auto channels = static_cast<std::size_t>(info.channels);
-    audio content(channels, std::vector<float>(static_cast<std::size_t>(info.frames)));
-    for (std::size_t i = 0; i < static_cast<std::size_t>(info.frames) * channels; ++i)
-        sf_read_float(file, &content[i % channels][i / channels], 1);
+    const auto frames = static_cast<std::size_t>(info.frames);
+    std::vector<float> samples(channels * frames);
+    sf_readf_float(file, samples.data(), info.frames);
     sf_close(file);
+    audio content(channels, std::vector<float>(frames));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        content[i % channels][i / channels] = samples[i];
     return content;
 }

@@ -34,7 +34,7 @@ protected:
 
     /// Runs a program inside the folder. @param arguments  as in a shell
     outcome run(const std::string& program, const std::string& arguments);
-    /// Runs quenlis_conference with its mixes going to the folder "mixes".
+    /// Runs quenlis_conference inside the folder.
     outcome hold(const std::string& arguments);
 
     audio read(const std::string& name);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <ostream>
 
 namespace {
 
@@ -13,6 +14,10 @@ struct refusal {
     const char* arguments;
     const char* reason;
 };
+
+void PrintTo(const refusal& refused, std::ostream* out) {
+    *out << '"' << refused.arguments << '"';
+}
 
 class conference_refusals : public conference_runner, public testing::WithParamInterface<refusal> {
 protected:
@@ -89,18 +94,18 @@ INSTANTIATE_TEST_SUITE_P(bad_files, conference_refusals, testing::ValuesIn(bad_f
 TEST_F(conference_runner, a_recording_is_never_overwritten_by_a_mix) {
     record("1-alice.wav", noise(1, 1, 500));
     record("alice.wav", noise(2, 1, 500));
-    const outcome result = run(QUENLIS_CONFERENCE, "-o . alice.wav 1-alice.wav");
+    const outcome result = hold("-o . alice.wav 1-alice.wav");
     EXPECT_NE(result.exit_code, 0);
     EXPECT_THAT(result.err, HasSubstr("overwrite"));
     EXPECT_EQ(read("1-alice.wav"), noise(1, 1, 500));
 }
 
 TEST_F(conference_runner, help_explains_every_option_with_examples) {
-    const outcome result = run(QUENLIS_CONFERENCE, "--help");
+    const outcome result = hold("--help");
     EXPECT_EQ(result.exit_code, 0);
-    for (const char* text : {"--listeners", "--rate", "--frames", "--channels", "--sample-type", "--interleaving",
-                             "--layout-file", "--layout", "--set", "--whisper", "--sidebar", "--device", "--log",
-                             "--quiet", "Examples:"})
+    for (const char* text : {"--listeners", "--rate", "--frames", "--channels", "--sample-type",
+                             "--interleaving", "--layout-file", "--layout", "--set", "--whisper", "--sidebar",
+                             "--device", "--log", "--quiet", "Examples:"})
         EXPECT_THAT(result.out, HasSubstr(text));
 }
 
