@@ -30,21 +30,6 @@ struct call_family<double> {
     static constexpr auto output = qnl_output_audio_double;
 };
 
-/// Where a sample of an interleaved block lies in the host's buffer.
-class sample_order {
-public:
-    sample_order(std::size_t samples, int channels, bool interleaved)
-        : channels_(interleaved ? 1 : static_cast<std::size_t>(channels)), frames_(samples / channels_) {}
-
-    std::size_t operator()(std::size_t index) const {
-        return index % channels_ * frames_ + index / channels_;
-    }
-
-private:
-    std::size_t channels_; // an interleaved buffer reads like a single channel
-    std::size_t frames_;
-};
-
 template <class Sample>
 class typed_audio_port : public audio_port {
     using family = call_family<Sample>;
@@ -53,10 +38,10 @@ public:
     explicit typed_audio_port(const port_configuration& whose) : whose_(whose) {}
 
     qnl_error_code push(const std::vector<float>& block) override {
-        const sample_order place(block.size(), whose_.input_channels, whose_.interleaved);
         buffer_.resize(block.size());
-        for (std::size_t i = 0; i < block.size(); ++i)
-            buffer_[place(i)] = family::from_float(block[i]);
+        for_each_pair(block.size(), whose_.input_channels, [&](std::size_t interleaved, std::size_t place) {
+            buffer_[place] = family::from_float(block[interleaved]);
+        });
         return family::input(whose_.engine, whose_.room_id, whose_.participant_id, buffer_.data(),
                              static_cast<int>(block.size()) / whose_.input_channels);
     }
@@ -65,13 +50,24 @@ public:
         buffer_.resize(block.size());
         const qnl_error_code code =
             family::output(whose_.engine, whose_.room_id, whose_.participant_id, buffer_.data());
-        const sample_order place(block.size(), whose_.output_channels, whose_.interleaved);
-        for (std::size_t i = 0; i < block.size(); ++i)
-            block[i] = family::to_float(buffer_[place(i)]);
+        for_each_pair(block.size(), whose_.output_channels, [&](std::size_t interleaved, std::size_t place) {
+            block[interleaved] = family::to_float(buffer_[place]);
+        });
         return code;
     }
 
 private:
+    /// Walks over all samples with their index in an interleaved block and in the engine's buffer.
+    template <class Action>
+    void for_each_pair(std::size_t samples, int channel_count, Action action) const {
+        // A buffer that stays interleaved is walked like a single channel.
+        const std::size_t channels = whose_.interleaved ? 1 : static_cast<std::size_t>(channel_count);
+        const std::size_t frames = samples / channels;
+        for (std::size_t channel = 0; channel < channels; ++channel)
+            for (std::size_t frame = 0; frame < frames; ++frame)
+                action(frame * channels + channel, channel * frames + frame);
+    }
+
     port_configuration whose_;
     std::vector<Sample> buffer_;
 };

@@ -85,7 +85,8 @@ void conference::start_engine(const options& chosen) {
                               " Hz with blocks of " + std::to_string(format_.output_number_frames) +
                               " frames and " + std::to_string(format_.output_number_channels) + " channels");
     if (layouts != nullptr && fell_back(engine_.get()))
-        throw failure(chosen.layout_file + ": not a usable layout file; --log warning says why");
+        throw failure(chosen.layout_file +
+                      ": not a usable layout file (--log warning shows the engine's reason)");
     require_success(qnl_create_room(engine_.get(), room_id), "create the room");
 }
 

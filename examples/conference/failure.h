@@ -20,5 +20,6 @@ public:
 /// Throws a failure that says what could not be done and names the code, unless the code is a success.
 inline void require_success(int code, const std::string& what_was_tried) {
     if (code != QNL_ERROR_NONE)
-        throw failure("cannot " + what_was_tried + ": " + qnl_error_code_to_string(code));
+        throw failure("cannot " + what_was_tried + ": " + qnl_error_code_to_string(code) +
+                      " (--log warning shows the engine's reason)");
 }

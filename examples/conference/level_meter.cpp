@@ -5,9 +5,9 @@
 
 void level_meter::add(const std::vector<float>& block, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        const double sample = block[i];
-        energy_ += sample * sample;
-        peak_ = std::fmax(peak_, std::fabs(sample));
+        const double magnitude = std::fabs(block[i]);
+        energy_ += magnitude * magnitude;
+        peak_ = magnitude > peak_ ? magnitude : peak_;
     }
     samples_ += static_cast<double>(count);
 }

@@ -60,7 +60,8 @@ void declare_participants(CLI::App& app, options& chosen) {
         ->check(CLI::Range(0, 1000))
         ->option_text("N")
         ->group(group);
-    app.add_option("-o,--output-dir", chosen.output_directory, "Folder of the mixes, default 'mixes'; the last one counts")
+    app.add_option("-o,--output-dir", chosen.output_directory,
+                   "Folder of the mixes, default 'mixes'; the last one counts")
         ->take_last()
         ->option_text("DIR")
         ->group(group);
