@@ -109,6 +109,16 @@ TEST_F(conference_mix, other_block_lengths_give_the_same_mix) {
     }
 }
 
+TEST_F(conference_mix, the_layouts_of_the_example_can_be_used) {
+    const std::string layouts = QUENLIS_SOURCE_DIR "/examples/conference/layouts.json";
+    hold_well("--layout-file " + layouts);
+    expect_heard("2-bob", {{alice[0], 1}, {carol[0], 1}});
+    hold_well("--layout 2 --layout-file " + layouts);
+    expect_heard("2-bob", {{alice[0], 0.5F}, {carol[0], 0.5F}});
+    hold_well("--layout 3 --layout-file " + layouts);
+    expect_heard("2-bob", {{alice[0], 1}, {carol[0], 1}});
+}
+
 class conference_formats : public conference_runner, public testing::WithParamInterface<std::string> {};
 
 TEST_P(conference_formats, a_stereo_talker_keeps_both_sides_beside_a_mono_talker) {
