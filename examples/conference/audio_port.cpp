@@ -10,24 +10,36 @@ template <>
 struct call_family<short> {
     static short from_float(float sample) { return to_int16(sample); }
     static float to_float(short sample) { return from_int16(sample); }
-    static constexpr auto input = qnl_input_audio_short;
-    static constexpr auto output = qnl_output_audio_short;
+    static qnl_error_code input(const port_configuration& of, const short* talk, int frames) {
+        return qnl_input_audio_short(of.engine, of.room_id, of.participant_id, talk, frames);
+    }
+    static qnl_error_code output(const port_configuration& of, short* mix) {
+        return qnl_output_audio_short(of.engine, of.room_id, of.participant_id, mix);
+    }
 };
 
 template <>
 struct call_family<float> {
     static float from_float(float sample) { return sample; }
     static float to_float(float sample) { return sample; }
-    static constexpr auto input = qnl_input_audio_float;
-    static constexpr auto output = qnl_output_audio_float;
+    static qnl_error_code input(const port_configuration& of, const float* talk, int frames) {
+        return qnl_input_audio_float(of.engine, of.room_id, of.participant_id, talk, frames);
+    }
+    static qnl_error_code output(const port_configuration& of, float* mix) {
+        return qnl_output_audio_float(of.engine, of.room_id, of.participant_id, mix);
+    }
 };
 
 template <>
 struct call_family<double> {
     static double from_float(float sample) { return sample; }
     static float to_float(double sample) { return static_cast<float>(sample); }
-    static constexpr auto input = qnl_input_audio_double;
-    static constexpr auto output = qnl_output_audio_double;
+    static qnl_error_code input(const port_configuration& of, const double* talk, int frames) {
+        return qnl_input_audio_double(of.engine, of.room_id, of.participant_id, talk, frames);
+    }
+    static qnl_error_code output(const port_configuration& of, double* mix) {
+        return qnl_output_audio_double(of.engine, of.room_id, of.participant_id, mix);
+    }
 };
 
 template <class Sample>
@@ -42,14 +54,12 @@ public:
         for_each_pair(block.size(), whose_.input_channels, [&](std::size_t interleaved, std::size_t place) {
             buffer_[place] = family::from_float(block[interleaved]);
         });
-        return family::input(whose_.engine, whose_.room_id, whose_.participant_id, buffer_.data(),
-                             static_cast<int>(block.size()) / whose_.input_channels);
+        return family::input(whose_, buffer_.data(), static_cast<int>(block.size()) / whose_.input_channels);
     }
 
     qnl_error_code pull(std::vector<float>& block) override {
         buffer_.resize(block.size());
-        const qnl_error_code code =
-            family::output(whose_.engine, whose_.room_id, whose_.participant_id, buffer_.data());
+        const qnl_error_code code = family::output(whose_, buffer_.data());
         for_each_pair(block.size(), whose_.output_channels, [&](std::size_t interleaved, std::size_t place) {
             block[interleaved] = family::to_float(buffer_[place]);
         });

@@ -100,8 +100,8 @@ void conference::join(member& person) {
 
     const long frames = static_cast<long>(rate) * format_.output_number_frames / format_.output_sampling_rate;
     person.spoken.resize(static_cast<std::size_t>(frames * channels));
-    person.heard.resize(
-        static_cast<std::size_t>(format_.output_number_frames * format_.output_number_channels));
+    person.heard.resize(static_cast<std::size_t>(format_.output_number_frames) *
+                        static_cast<std::size_t>(format_.output_number_channels));
     person.port = make_audio_port(samples_, {engine_.get(), room_id, person.id, channels,
                                              format_.output_number_channels, format_.interleaved});
 }
