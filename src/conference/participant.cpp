@@ -1,0 +1,249 @@
+#include "conference/participant.h"
+
+#include "conference/control_text.h"
+#include "dsp/sample_conversion.h"
+#include "frame/exception.h"
+#include "frame/integers.h"
+
+#include <string>
+
+namespace {
+
+constexpr int32_t engine_rate = 48000;
+constexpr float mono_fold = 0.70710677F; // brings a mono talker, at -3 dB on both sides, back to unity
+
+int32_t input_frames_of(int32_t input_rate, const qnl_library_configuration& library) {
+    const int32_t product = wrapping_multiply(input_rate, library.output_number_frames);
+    return saturating_truncate(static_cast<float>(product) /
+                               static_cast<float>(library.output_sampling_rate));
+}
+
+} // namespace
+
+/// The controls that decide a talker's road.
+struct quenlis_participant::enhancements {
+    bool noise_cancellation = false;
+    bool gain_control = false;
+    bool equaliser = false;
+    bool mixing_3d = false;
+
+    bool any() const { return noise_cancellation || gain_control || equaliser || mixing_3d; }
+};
+
+quenlis_participant::quenlis_participant(const quenlis_common_object* common, int32_t id, const char* name,
+                                         qnl_participant_configuration configuration)
+    : id_(id),
+      configuration_(configuration),
+      library_(common->configuration),
+      input_frames_(input_frames_of(configuration.input_sampling_rate, library_)),
+      engine_frames_(engine_frames_of(library_)) {
+    flags_.set_name(name);
+    validate();
+    if (configuration_.type != QNL_PARTICIPANT_SOURCE_ONLY)
+        build_listener_side(common);
+    if (configuration_.type != QNL_PARTICIPANT_LISTENER_ONLY)
+        build_talker_side();
+}
+
+void quenlis_participant::validate() const {
+    const int32_t channels = configuration_.input_number_channels;
+    if (channels != 1 && channels != 2)
+        throw quenlis_exception(
+            QNL_LOG_ERROR, QNL_ERROR_NUM_CHANNELS,
+            "You provided %i but Quenlis currently only supports 1 or 2 channel input for new participants",
+            channels);
+    if (configuration_.type < QNL_PARTICIPANT_REGULAR || configuration_.type > QNL_PARTICIPANT_LISTENER_ONLY)
+        throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_PARTICIPANT_TYPE,
+                                "Must pick Regular, source only, or listener only for a new participant");
+    const int32_t input_rate = configuration_.input_sampling_rate;
+    const int32_t output_rate = library_.output_sampling_rate;
+    if (input_rate < 1 ||
+        check_valid_sampling_rate(input_rate, output_rate, library_.output_number_frames) == 0)
+        throw quenlis_exception(
+            QNL_LOG_ERROR, QNL_ERROR_SAMPLE_RATE,
+            "You provided %i but you must make input sampling rate an integer ratio of the "
+            "output sampling rate %i",
+            input_rate, output_rate);
+    if (input_rate > engine_rate)
+        throw quenlis_exception(
+            QNL_LOG_ERROR, QNL_ERROR_SAMPLE_RATE,
+            "You provided %i but the Quenlis library does not support sampling rates above %i", input_rate,
+            engine_rate);
+}
+
+void quenlis_participant::build_listener_side(const quenlis_common_object* common) {
+    listener_engine_ = std::make_unique<listener_engine>(&flags_, common, engine_frames_);
+    output_block_ = qnl_make_buffer_32f(2 * engine_frames_);
+    qnl_zero(output_block_.get(), 2 * engine_frames_);
+    // Place of the crosstalk canceller, the limiter and the output resampler, in this order.
+}
+
+void quenlis_participant::build_talker_side() {
+    // Room for two channels whatever the talker has, see listener_engine::input_audio.
+    input_block_ = qnl_make_buffer_32f(2 * engine_frames_);
+    qnl_zero(input_block_.get(), 2 * engine_frames_);
+    // Place of the input resampler, the speech analysis, the noise canceller, the gain control, the de-esser
+    // and the equaliser, in this order.
+}
+
+bool quenlis_participant::has_input_resampler() const {
+    return configuration_.type != QNL_PARTICIPANT_LISTENER_ONLY &&
+           configuration_.input_sampling_rate != engine_rate;
+}
+
+int32_t quenlis_participant::add_source(int32_t source_id, int32_t channels) {
+    return listener_engine_ ? listener_engine_->add_source(source_id, channels) : -1;
+}
+
+qnl_error_code quenlis_participant::remove_source(int32_t source_id) {
+    if (!listener_engine_)
+        return QNL_ERROR_HANDLE_NULL;
+    if (!listener_engine_->sourceExists(source_id))
+        return QNL_ERROR_INVALID_PARTICIPANT_ID;
+    listener_engine_->remove_source(source_id);
+    return QNL_ERROR_NONE;
+}
+
+qnl_error_code quenlis_participant::set_state(qnl_audio_control control, int value) {
+    // The value is not looked at: turning the equaliser off is refused as well.
+    if (control == QNL_CONTROL_AUTO_EQ_ENABLE && has_input_resampler())
+        throw quenlis_exception(
+            QNL_LOG_WARNING, QNL_ERROR_INVALID_CONTROL,
+            "The Auto EQ effect is only available for 48 kHz inputs currently. It will not "
+            "be enabled for participant %i",
+            id_);
+    return flags_.set_state(control, value);
+}
+
+void quenlis_participant::process_input(const void* audio, quenlis_data_type type) {
+    if (audio == nullptr)
+        throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_DATA_NULL, "input buffer not initialized");
+    read_input(audio, type);
+    const enhancements on = enabled_enhancements();
+    if (configuration_.input_number_channels == 2 && on.any())
+        convert_stereo_to_mono(input_block_.get(), 0.5F, input_frames_);
+    // Place of the input resampler, in place, from I to N frames per channel; then, as the controls say,
+    // noise cancellation, speech analysis, equaliser, gain control and de-esser.
+}
+
+void quenlis_participant::read_input(const void* audio, quenlis_data_type type) {
+    float* const block = input_block_.get();
+    const int32_t samples = input_frames_ * configuration_.input_number_channels;
+    const bool interleaved = configuration_.input_number_channels == 2 && library_.interleaved;
+    switch (type) {
+    case QNL_DATA_SHORT:
+        interleaved ? qnl_deinterleave(static_cast<const short*>(audio), block, input_frames_)
+                    : qnl_convert(static_cast<const short*>(audio), block, samples);
+        break;
+    case QNL_DATA_FLOAT:
+        interleaved ? qnl_deinterleave(static_cast<const float*>(audio), block, input_frames_)
+                    : qnl_copy(static_cast<const float*>(audio), block, samples);
+        break;
+    case QNL_DATA_DOUBLE:
+        interleaved ? qnl_deinterleave(static_cast<const double*>(audio), block, input_frames_)
+                    : qnl_convert(static_cast<const double*>(audio), block, samples);
+        break;
+    }
+}
+
+quenlis_participant::enhancements quenlis_participant::enabled_enhancements() const {
+    enhancements on;
+    if (flags_.get_state(QNL_CONTROL_STEREO_BYPASS_ENABLE) != 0)
+        return on;
+    on.noise_cancellation = flags_.get_state(QNL_CONTROL_ANC_ENABLE) != 0;
+    on.gain_control = flags_.get_state(QNL_CONTROL_AGC_ENABLE) != 0;
+    on.equaliser = flags_.get_state(QNL_CONTROL_AUTO_EQ_ENABLE) != 0;
+    on.mixing_3d = flags_.get_state(QNL_CONTROL_MIXING_3D_ENABLE) != 0;
+    return on;
+}
+
+qnl_error_code quenlis_participant::process_output(void* audio, quenlis_data_type type) {
+    if (configuration_.type == QNL_PARTICIPANT_SOURCE_ONLY)
+        throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_PARTICIPANT_TYPE,
+                                "Participant %i has no output because it is source only", id_);
+    if (!listener_engine_)
+        throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_HANDLE_NULL, "your listener engine is null");
+    if (audio == nullptr)
+        throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_DATA_NULL, "your output buffer is not initialized");
+
+    const std::lock_guard<std::mutex> lock(output_mutex_);
+    const bool bypass = flags_.get_state(QNL_CONTROL_STEREO_BYPASS_ENABLE) != 0;
+    if (listener_engine_->output_audio(output_block_.get()) == 0) {
+        write_silence(audio, type);
+        qnl_logger::get_logger().log(QNL_LOG_DEBUG,
+                                     "There was no input audio for this participant %i to process", id_);
+        return QNL_ERROR_NO_INPUT_AUDIO;
+    }
+    if (!bypass)
+        render_output();
+    if (library_.output_number_channels == 1)
+        convert_stereo_to_mono(output_block_.get(), mono_fold, engine_frames_);
+    // Place of the output resampler, in place, from N to F frames per channel.
+    write_output(audio, type);
+    return QNL_ERROR_NONE;
+}
+
+void quenlis_participant::render_output() {
+    // Place of the crosstalk canceller (device QNL_DEVICE_SPEAKER) and the limiter, in this order.
+    const float gain = static_cast<float>(flags_.get_state(QNL_CONTROL_MASTER_GAIN)) / 100.0F;
+    // Over 2F samples, not 2N: below 48000 Hz the gain stops short of the planar block's end. This is wanted.
+    if (gain != 1.0F)
+        qnl_multiplyC_I(output_block_.get(), gain, 2 * library_.output_number_frames);
+}
+
+void quenlis_participant::write_output(void* audio, quenlis_data_type type) const {
+    const float* const block = output_block_.get();
+    const int32_t frames = library_.output_number_frames;
+    const int32_t samples = frames * library_.output_number_channels;
+    const bool interleaved = library_.output_number_channels == 2 && library_.interleaved;
+    switch (type) {
+    case QNL_DATA_SHORT:
+        interleaved ? qnl_interleave(block, static_cast<short*>(audio), frames)
+                    : qnl_convert(block, static_cast<short*>(audio), samples);
+        break;
+    case QNL_DATA_FLOAT:
+        interleaved ? qnl_interleave(block, static_cast<float*>(audio), frames)
+                    : qnl_copy(block, static_cast<float*>(audio), samples);
+        break;
+    case QNL_DATA_DOUBLE:
+        interleaved ? qnl_interleave(block, static_cast<double*>(audio), frames)
+                    : qnl_convert(block, static_cast<double*>(audio), samples);
+        break;
+    }
+}
+
+void quenlis_participant::write_silence(void* audio, quenlis_data_type type) const {
+    const int32_t samples = library_.output_number_frames * library_.output_number_channels;
+    switch (type) {
+    case QNL_DATA_SHORT:
+        qnl_zero(static_cast<short*>(audio), samples);
+        break;
+    case QNL_DATA_FLOAT:
+        qnl_zero(static_cast<float*>(audio), samples);
+        break;
+    case QNL_DATA_DOUBLE:
+        qnl_zero(static_cast<double*>(audio), samples);
+        break;
+    }
+}
+
+nlohmann::json quenlis_participant::to_json() const {
+    nlohmann::json json;
+    json["participantId"] = id_;
+    json["participantName"] = flags_.copy_name();
+    json["input_sampling_rate"] = configuration_.input_sampling_rate;
+    json["input_number_channels"] = configuration_.input_number_channels;
+    json["type"] = static_cast<int32_t>(configuration_.type);
+    const qnl_seat seat = flags_.get_seat();
+    json["seatId"] = seat.id;
+    json["x"] = seat.position.x;
+    json["y"] = seat.position.y;
+    json["z"] = seat.position.z;
+    json["azimuth_heading"] = seat.heading.azimuth_heading;
+    json["elevation_heading"] = seat.heading.elevation_heading;
+    for (int number = QNL_CONTROL_STEREO_BYPASS_ENABLE; number <= QNL_CONTROL_SIDEBAR_ROOM; ++number) {
+        const auto control = static_cast<qnl_audio_control>(number);
+        json[audio_control_to_string(number)] = flags_.get_state(control);
+    }
+    return json;
+}

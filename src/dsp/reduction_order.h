@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+// The one order in which every instruction set reduces a block: element i goes to lane i modulo 32, and the
+// lanes are folded in halves.
+
+constexpr std::size_t reduction_lanes = 32;
+
+/// Takes in the last elements, fewer than `reduction_lanes`, and folds the lanes to one value.
+template <class Combine>
+float combine_lanes(float* lanes, const float* tail, std::size_t tail_count, Combine combine) {
+    for (std::size_t i = 0; i < tail_count; ++i)
+        lanes[i] = combine(tail[i], lanes[i]);
+    for (std::size_t half = reduction_lanes / 2; half > 0; half /= 2)
+        for (std::size_t lane = 0; lane < half; ++lane)
+            lanes[lane] = combine(lanes[lane + half], lanes[lane]);
+    return lanes[0];
+}
