@@ -19,8 +19,8 @@ namespace {
 
 constexpr int room = 1;
 constexpr int frames = 480;
-constexpr std::array<int, 8> participants{0, 1, 2, 3, 4, -1, INT_MAX, INT_MIN};
-constexpr std::array<int, 9> seats{1, 2, 3, 0, -1, 5, 1000, INT_MAX, INT_MIN};
+constexpr std::array<int, 4> participants{1, 0, INT_MAX, INT_MIN};
+constexpr std::array<int, 8> seats{1, 2, 0, 7, -1, 1000, INT_MAX, INT_MIN};
 
 /// A file that lives in memory.
 class memory_file {
@@ -65,15 +65,12 @@ std::vector<int> layout_ids(qnl_handle handle) {
     return ids;
 }
 
+/// One block from the last to the first, whose pull brings the places of all others up to date.
 void push_and_pull(qnl_handle handle) {
     const std::vector<float> talk(frames, 0.5F);
     std::vector<float> mix(std::size_t{2} * frames);
-    for (const int participant : participants) {
-        qnl_input_audio_float(handle, room, participant, talk.data(), frames);
-    }
-    for (const int participant : participants) {
-        qnl_output_audio_float(handle, room, participant, mix.data());
-    }
+    qnl_input_audio_float(handle, room, participants.back(), talk.data(), frames);
+    qnl_output_audio_float(handle, room, participants.front(), mix.data());
 }
 
 void walk_seats(qnl_handle handle) {
@@ -90,7 +87,7 @@ void walk_seats(qnl_handle handle) {
         int azimuth = 0;
         int elevation = 0;
         int distance = 0;
-        qnl_get_participant_spherical(handle, room, participants[0], participant, &azimuth, &elevation,
+        qnl_get_participant_spherical(handle, room, participants.front(), participant, &azimuth, &elevation,
                                       &distance);
     }
 }
