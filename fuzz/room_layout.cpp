@@ -26,9 +26,8 @@ constexpr std::array<int, 8> seats{1, 2, 0, 7, -1, 1000, INT_MAX, INT_MIN};
 class memory_file {
 public:
     memory_file(const std::uint8_t* bytes, std::size_t size) : descriptor_(memfd_create("room_layout", 0)) {
-        if (descriptor_ < 0 || write(descriptor_, bytes, size) != static_cast<ssize_t>(size)) {
+        if (descriptor_ < 0 || write(descriptor_, bytes, size) != static_cast<ssize_t>(size))
             std::abort();
-        }
     }
     ~memory_file() { close(descriptor_); }
     memory_file(const memory_file&) = delete;
@@ -58,9 +57,8 @@ std::vector<int> layout_ids(qnl_handle handle) {
     const auto document = nlohmann::json::parse(qnl_get_json_all_room_layouts(handle));
     for (const auto& layout : document.at("room_list")) {
         const auto id = layout.is_object() ? layout.find("id") : layout.end();
-        if (id != layout.end() && id->is_number_integer()) {
+        if (id != layout.end() && id->is_number_integer())
             ids.push_back(static_cast<int>(id->get<std::int64_t>()));
-        }
     }
     return ids;
 }
@@ -75,9 +73,8 @@ void push_and_pull(qnl_handle handle) {
 
 void walk_seats(qnl_handle handle) {
     for (const int participant : participants) {
-        for (const int seat : seats) {
+        for (const int seat : seats)
             qnl_set_participant_seat(handle, room, participant, seat);
-        }
         qnl_seat place{};
         qnl_get_participant_seat(handle, room, participant, &place);
         qnl_set_participant_position(handle, room, participant, place.position, place.heading);
@@ -94,16 +91,14 @@ void walk_seats(qnl_handle handle) {
 
 void hold_conference(qnl_handle handle) {
     qnl_create_room(handle, room);
-    for (const int participant : participants) {
+    for (const int participant : participants)
         qnl_add_participant(handle, room, participant, "guest", {48000, 1, QNL_PARTICIPANT_REGULAR});
-    }
     walk_seats(handle);
     std::vector<int> ids = layout_ids(handle);
     // A file of very many layouts is tried at both ends.
     constexpr std::size_t most = 16;
-    if (ids.size() > most) {
+    if (ids.size() > most)
         ids.erase(ids.begin() + most / 2, ids.end() - most / 2);
-    }
     for (const int id : ids) {
         qnl_set_room_layout(handle, room, id);
         walk_seats(handle);
@@ -124,9 +119,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     int code = 0;
     const qnl_handle handle =
         qnl_initialize_library(file.path().c_str(), nullptr, {48000, frames, 2, false, 1}, &code);
-    if (handle == nullptr || code != QNL_ERROR_NONE) {
+    if (handle == nullptr || code != QNL_ERROR_NONE)
         std::abort(); // a layout file never keeps the library from starting
-    }
     hold_conference(handle);
     qnl_destroy_library(handle);
     return 0;

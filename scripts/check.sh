@@ -18,13 +18,13 @@ check_formatting() {
         xargs -0 clang-format --dry-run --Werror
 }
 
-# The engine, the hosts and the fuzz targets. Tests are left to the compiler's warnings: the macros of the
+# The engine, the hosts, the benchmarks and the fuzz targets. Tests are left to the compiler's warnings: the macros of the
 # test framework take most of the time and hide what matters.
 check_tidy() {
     say "Configuring for clang-tidy"
     cmake --preset tidy
     say "Running clang-tidy ($jobs jobs)"
-    find src examples fuzz -name '*.cpp' -print0 |
+    find src examples bench fuzz -name '*.cpp' -print0 |
         xargs -0 -P "$jobs" -n 1 clang-tidy -p build/tidy --quiet
 }
 

@@ -29,9 +29,8 @@ testing::AssertionResult all_within(const std::vector<float>& expected, const st
 /// Passes when every value has the same bytes: -0 differs from 0, and a NaN equals itself.
 template <typename Sample>
 testing::AssertionResult same_bits(const std::vector<Sample>& expected, const std::vector<Sample>& actual) {
-    if (expected.size() != actual.size()) {
+    if (expected.size() != actual.size())
         return testing::AssertionFailure() << expected.size() << " values expected, not " << actual.size();
-    }
     for (std::size_t i = 0; i < expected.size(); ++i) {
         if (std::memcmp(&expected[i], &actual[i], sizeof(Sample)) != 0) {
             return testing::AssertionFailure()
