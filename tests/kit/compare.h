@@ -2,8 +2,7 @@
 ///
 ///     EXPECT_TRUE(test_kit::same_bits(expected, actual));
 ///     EXPECT_TRUE(test_kit::error_below(expected, actual, -120.0));
-#ifndef QUENLIS_TEST_KIT_COMPARE_H
-#define QUENLIS_TEST_KIT_COMPARE_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -43,5 +42,3 @@ testing::AssertionResult same_bits(const std::vector<Sample>& expected, const st
 }
 
 } // namespace test_kit
-
-#endif
