@@ -77,9 +77,8 @@ void* allocate(std::size_t size, std::align_val_t alignment) noexcept {
 }
 
 void* or_throw(void* block) {
-    if (block == nullptr) {
+    if (block == nullptr)
         throw std::bad_alloc();
-    }
     return block;
 }
 

@@ -1,6 +1,5 @@
 /// Counts what the code under test takes from the heap.
-#ifndef QUENLIS_TEST_KIT_ALLOCATION_COUNTER_H
-#define QUENLIS_TEST_KIT_ALLOCATION_COUNTER_H
+#pragma once
 
 #include <cstddef>
 
@@ -30,5 +29,3 @@ private:
 };
 
 } // namespace test_kit
-
-#endif

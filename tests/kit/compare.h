@@ -2,8 +2,7 @@
 ///
 ///     EXPECT_TRUE(test_kit::same_bits(expected, actual));
 ///     EXPECT_TRUE(test_kit::error_below(expected, actual, -120.0));
-#ifndef QUENLIS_TEST_KIT_COMPARE_H
-#define QUENLIS_TEST_KIT_COMPARE_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -29,9 +28,8 @@ testing::AssertionResult all_within(const std::vector<float>& expected, const st
 /// Passes when every value has the same bytes: -0 differs from 0, and a NaN equals itself.
 template <typename Sample>
 testing::AssertionResult same_bits(const std::vector<Sample>& expected, const std::vector<Sample>& actual) {
-    if (expected.size() != actual.size()) {
+    if (expected.size() != actual.size())
         return testing::AssertionFailure() << expected.size() << " values expected, not " << actual.size();
-    }
     for (std::size_t i = 0; i < expected.size(); ++i) {
         if (std::memcmp(&expected[i], &actual[i], sizeof(Sample)) != 0) {
             return testing::AssertionFailure()
@@ -44,5 +42,3 @@ testing::AssertionResult same_bits(const std::vector<Sample>& expected, const st
 }
 
 } // namespace test_kit
-
-#endif

@@ -1,6 +1,5 @@
 /// Catches what the library logs.
-#ifndef QUENLIS_TEST_KIT_LOG_CAPTURE_H
-#define QUENLIS_TEST_KIT_LOG_CAPTURE_H
+#pragma once
 
 #include "frame/logger.h"
 
@@ -45,5 +44,3 @@ private:
 };
 
 } // namespace test_kit
-
-#endif

@@ -12,9 +12,8 @@ constexpr double pi = 3.14159265358979323846;
 /// Largest at the true lag: no shift of a signal correlates with it more than the signal itself.
 double correlation(const std::vector<float>& reference, const std::vector<float>& delayed, std::size_t lag) {
     double sum = 0.0;
-    for (std::size_t i = 0; i < reference.size() && lag + i < delayed.size(); ++i) {
+    for (std::size_t i = 0; i < reference.size() && lag + i < delayed.size(); ++i)
         sum += static_cast<double>(reference[i]) * static_cast<double>(delayed[lag + i]);
-    }
     return std::abs(sum);
 }
 
@@ -23,9 +22,8 @@ double correlation(const std::vector<float>& reference, const std::vector<float>
 float peak(const std::vector<float>& x) {
     float highest = 0.0F;
     for (const float value : x) {
-        if (std::isnan(value)) {
+        if (std::isnan(value))
             return value;
-        }
         highest = std::max(highest, std::abs(value));
     }
     return highest;
@@ -33,9 +31,8 @@ float peak(const std::vector<float>& x) {
 
 double level_db(const std::vector<float>& x) {
     double power = 0.0;
-    for (const float value : x) {
+    for (const float value : x)
         power += static_cast<double>(value) * static_cast<double>(value);
-    }
     return 10.0 * std::log10(power / static_cast<double>(std::max<std::size_t>(x.size(), 1)));
 }
 

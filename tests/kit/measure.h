@@ -1,6 +1,5 @@
 /// Measurements of signals.
-#ifndef QUENLIS_TEST_KIT_MEASURE_H
-#define QUENLIS_TEST_KIT_MEASURE_H
+#pragma once
 
 #include <cstddef>
 #include <optional>
@@ -27,5 +26,3 @@ std::optional<std::size_t> find_delay(const std::vector<float>& reference, const
                                       std::size_t longest);
 
 } // namespace test_kit
-
-#endif

@@ -15,9 +15,8 @@ TEST(measure, finds_delay_whatever_gain_and_sign) {
     const std::vector<float> reference = test_kit::noise(2000, 3);
     for (const std::size_t delay : {std::size_t{0}, std::size_t{1}, std::size_t{480}}) {
         std::vector<float> delayed(delay, 0.0F);
-        for (const float value : reference) {
+        for (const float value : reference)
             delayed.push_back(-0.1F * value);
-        }
         delayed.resize(2100);
         EXPECT_EQ(test_kit::find_delay(reference, delayed, 900), delay);
     }
@@ -27,9 +26,8 @@ TEST(measure, finds_delay_whatever_gain_and_sign) {
 TEST(measure, reads_the_amplitude_of_one_of_two_tones) {
     std::vector<float> x = test_kit::sine(4800, 1000.0, 0.25F);
     const std::vector<float> other = test_kit::sine(4800, 3000.0, 0.5F);
-    for (std::size_t i = 0; i < x.size(); ++i) {
+    for (std::size_t i = 0; i < x.size(); ++i)
         x[i] += other[i];
-    }
     EXPECT_NEAR(test_kit::amplitude_at(x, 1000.0), 0.25, 1e-5);
     EXPECT_NEAR(test_kit::amplitude_at(x, 3000.0), 0.5, 1e-5);
     EXPECT_NEAR(test_kit::gain_db_at(x, other, 3000.0), 0.0, 1e-4);

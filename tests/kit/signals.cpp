@@ -49,14 +49,11 @@ double loudness(double syllable) {
 
 void scale_to_peak(std::vector<float>& x, float peak) {
     float highest = 0.0F;
-    for (const float value : x) {
+    for (const float value : x)
         highest = std::max(highest, std::abs(value));
-    }
-    if (highest > 0.0F) {
-        for (float& value : x) {
+    if (highest > 0.0F)
+        for (float& value : x)
             value *= peak / highest;
-        }
-    }
 }
 
 } // namespace
@@ -64,9 +61,8 @@ void scale_to_peak(std::vector<float>& x, float peak) {
 std::vector<float> noise(std::size_t frames, std::uint32_t seed, float amplitude) {
     random_samples random(seed);
     std::vector<float> x(frames);
-    for (float& value : x) {
+    for (float& value : x)
         value = static_cast<float>(random.next()) * amplitude;
-    }
     return x;
 }
 
@@ -100,9 +96,8 @@ std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double ra
         const bool hissing = syllable - std::floor(syllable) < 0.2;
         const double hiss = random.next() * (hissing ? 0.02 : 0.0005);
         double voice = pulse;
-        for (resonance& stage : vowel) {
+        for (resonance& stage : vowel)
             voice = stage.process(voice) + 0.1 * voice;
-        }
         x[i] = static_cast<float>(loudness(syllable) * (voice + hiss));
     }
     scale_to_peak(x, 0.5F);

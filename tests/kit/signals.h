@@ -1,6 +1,5 @@
 /// Test signals. The same arguments give the same samples on every machine and with every standard library.
-#ifndef QUENLIS_TEST_KIT_SIGNALS_H
-#define QUENLIS_TEST_KIT_SIGNALS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -25,5 +24,3 @@ std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double ra
 std::vector<float> planar(const std::vector<float>& left, const std::vector<float>& right);
 
 } // namespace test_kit
-
-#endif

@@ -11,9 +11,8 @@ namespace test_kit {
 
 temporary_directory::temporary_directory()
     : path_((std::filesystem::temp_directory_path() / "quenlis-XXXXXX").string()) {
-    if (mkdtemp(path_.data()) == nullptr) {
+    if (mkdtemp(path_.data()) == nullptr)
         throw std::runtime_error("cannot make a temporary directory like " + path_);
-    }
 }
 
 temporary_directory::~temporary_directory() {
@@ -30,17 +29,15 @@ std::string temporary_directory::write(std::string_view name, std::string_view b
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
-    if (!file) {
+    if (!file)
         throw std::runtime_error("cannot write " + path);
-    }
     return path;
 }
 
 std::string temporary_directory::read(std::string_view name) const {
     std::ifstream file(path_of(name), std::ios::binary);
-    if (!file) {
+    if (!file)
         throw std::runtime_error("cannot read " + path_of(name));
-    }
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

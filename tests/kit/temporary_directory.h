@@ -1,6 +1,5 @@
 /// Files that a test needs for its own duration.
-#ifndef QUENLIS_TEST_KIT_TEMPORARY_DIRECTORY_H
-#define QUENLIS_TEST_KIT_TEMPORARY_DIRECTORY_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -31,5 +30,3 @@ private:
 };
 
 } // namespace test_kit
-
-#endif

@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# The slower checks: formatting, clang-tidy, every test under AddressSanitizer with
+# UndefinedBehaviorSanitizer and under ThreadSanitizer, and a minute of each fuzz target.
+# Installs the Debian packages that are missing.
+#
+#     check.sh [formatting|tidy|asan|tsan|fuzz]...     all of them when none is named
+#
+# QUENLIS_FUZZ_SECONDS in the environment changes the minute.
+# shellcheck source-path=SCRIPTDIR source=prepare.sh
+source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
+
+fuzz_seconds="${QUENLIS_FUZZ_SECONDS:-60}"
+check_packages=(clang clang-format clang-tidy libclang-rt-dev)
+
+check_formatting() {
+    say "Checking the formatting"
+    find include src tests examples bench fuzz \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) -print0 |
+        xargs -0 clang-format --dry-run --Werror
+}
+
+# The engine, the hosts, the benchmarks and the fuzz targets. Tests are left to the compiler's warnings: the macros of the
+# test framework take most of the time and hide what matters.
+check_tidy() {
+    say "Configuring for clang-tidy"
+    cmake --preset tidy
+    say "Running clang-tidy ($jobs jobs)"
+    find src examples bench fuzz -name '*.cpp' -print0 |
+        xargs -0 -P "$jobs" -n 1 clang-tidy -p build/tidy --quiet
+}
+
+# The shadow memory of ThreadSanitizer does not fit under the address randomisation of some kernels. Some
+# containers forbid to switch it off: then the tests run as they are.
+without_randomisation() {
+    if setarch --addr-no-randomize true 2>/dev/null; then
+        setarch --addr-no-randomize "$@"
+    else
+        "$@"
+    fi
+}
+
+check_sanitizer() {
+    build "$1"
+    say "Running the tests (preset $1)"
+    without_randomisation ctest --preset "$1" --parallel "$jobs"
+}
+
+check_asan() {
+    check_sanitizer asan
+}
+
+check_tsan() {
+    check_sanitizer tsan
+}
+
+# A target keeps what it learns in build/fuzz/corpus, so that the next run starts from there, and writes an
+# input that breaks something to build/fuzz/found.
+check_fuzz() {
+    local source name
+    build fuzz
+    for source in fuzz/*.cpp; do
+        name="$(basename "$source" .cpp)"
+        say "Fuzzing $name for $fuzz_seconds seconds"
+        mkdir -p "build/fuzz/corpus/$name" "build/fuzz/found/$name"
+        "build/fuzz/fuzz/fuzz_$name" -max_total_time="$fuzz_seconds" -timeout=20 -print_final_stats=1 \
+            -verbosity=0 -dict="fuzz/$name.dict" -artifact_prefix="build/fuzz/found/$name/" \
+            "build/fuzz/corpus/$name" "fuzz/corpus/$name"
+    done
+}
+
+[ $# -gt 0 ] || set -- formatting tidy asan tsan fuzz
+for check in "$@"; do
+    declare -F "check_$check" >/dev/null || fail "no such check: $check"
+done
+ensure_packages "${build_packages[@]}" "${check_packages[@]}"
+for check in "$@"; do
+    "check_$check"
+    say "Passed: $check"
+done
