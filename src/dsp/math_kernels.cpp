@@ -137,7 +137,7 @@ HWY_INLINE V phase_of(Tag tag, V re, V im) {
     const V smaller = hn::IfThenElse(steep, x, y);
     const V larger = hn::IfThenElse(steep, y, x);
     const V ratio = hn::IfThenElse(hn::Eq(smaller, larger), hn::Set(tag, 1.0), hn::Div(smaller, larger));
-    const V t = hn::IfThenElse(hn::Eq(larger, hn::Zero(tag)), hn::Zero(tag), ratio);
+    const V t = hn::IfThenElse(hn::Eq(hn::Add(x, y), hn::Zero(tag)), hn::Zero(tag), ratio);
     const V octant = hn::Mul(t, polynomial(tag, atan_series, hn::Mul(t, t)));
     const V quadrant = hn::IfThenElse(steep, hn::Sub(hn::Set(tag, half_pi), octant), octant);
     const auto leftward = hn::Lt(hn::CopySign(hn::Set(tag, 1.0), re), hn::Zero(tag));
@@ -161,7 +161,7 @@ HWY_INLINE sine_and_cosine<V> of_angle(Tag tag, V x) {
     const V rest = hn::Sub(hn::Sub(x, hn::Mul(turns, hn::Set(tag, half_pi_high))),
                            hn::Mul(turns, hn::Set(tag, half_pi_low)));
     const V z = hn::Mul(rest, rest);
-    const V s = hn::Add(rest, hn::Mul(hn::Mul(rest, z), polynomial(tag, sine_series, z)));
+    const V s = hn::Mul(rest, hn::Add(hn::Set(tag, 1.0), hn::Mul(z, polynomial(tag, sine_series, z))));
     const V c = hn::Add(hn::Set(tag, 1.0), hn::Mul(z, polynomial(tag, cosine_series, z)));
 
     const auto quadrant = hn::BitCast(bits_tag, shifted);

@@ -101,7 +101,7 @@ float phase_of(complex32f a) {
     const double smaller = steep ? x : y;
     const double larger = steep ? y : x;
     const double ratio = smaller == larger ? 1.0 : smaller / larger; // also of two infinities
-    const double t = larger == 0.0 ? 0.0 : ratio;
+    const double t = x + y == 0.0 ? 0.0 : ratio;
     const double octant = t * polynomial(atan_series, t * t);
     const double quadrant = steep ? half_pi - octant : octant;
     const double angle = std::signbit(a.re) ? pi - quadrant : quadrant;
@@ -115,7 +115,7 @@ struct sine_and_cosine {
 
 sine_and_cosine of_angle(reduced_angle angle) {
     const double z = angle.rest * angle.rest;
-    const double s = angle.rest + angle.rest * z * polynomial(sine_series, z);
+    const double s = angle.rest * (1.0 + z * polynomial(sine_series, z)); // keeps the sign of a zero
     const double c = 1.0 + z * polynomial(cosine_series, z);
     const bool swapped = (angle.quadrant & 1U) != 0;
     const double sine = swapped ? c : s;
