@@ -1,7 +1,8 @@
 // One 10 ms period of a room: every participant pushes a block and pulls its mix, through the exported
 // functions, with stereo bypass on. Beside it, in the same run, stands the bound: the same number of block
-// copies, vector adds and heap blocks made and freed, in the same order over the same amount of memory, by
-// plain loops and the plain heap, without a conference around them.
+// copies, vector adds and heap blocks made and freed, in the same order, by the library's own vector layer
+// and the plain heap, without a conference around them.
+#include "dsp/vector_primitives.h"
 #include "quenlis.h"
 
 #include <algorithm>
@@ -69,50 +70,32 @@ public:
     }
 
 private:
-    static void copy(const float* a, float* d) {
-        std::memcpy(d, a, block_bytes);
-        benchmark::DoNotOptimize(d);
-        benchmark::ClobberMemory();
-    }
-    static void add(const float* __restrict a, float* __restrict x) {
-        for (int i = 0; i < frames; ++i)
-            x[i] += a[i];
-        benchmark::ClobberMemory();
-    }
-    static void scale(float* x) {
-        for (int i = 0; i < frames; ++i)
-            x[i] *= mono_gain;
-        benchmark::ClobberMemory();
-    }
-
     void push(size_t talker) {
-        copy(capture_.data(), talker_block_.data());
+        qnl_copy(capture_.data(), talker_block_.data(), frames);
         for (size_t listener = 0; listener < talkers_; ++listener) {
             if (listener == talker)
                 continue;
             auto* const block = static_cast<float*>(std::malloc(block_bytes));
-            copy(talker_block_.data(), block);
+            qnl_copy(talker_block_.data(), block, frames);
             queues_[listener * talkers_ + talker] = block;
         }
     }
 
     void pull(size_t listener) {
-        for (std::vector<float>* const cleared : {&accumulator_, &out_})
-            std::fill(cleared->begin(), cleared->end(), 0.0F);
+        qnl_zero(accumulator_.data(), 2 * frames);
+        qnl_zero(out_.data(), 2 * frames);
         for (size_t talker = 0; talker < talkers_; ++talker) {
             if (listener == talker)
                 continue;
             float* const block = queues_[listener * talkers_ + talker];
-            copy(block, working_.data());
+            qnl_copy(block, working_.data(), frames);
             std::free(block);
-            scale(working_.data());
-            add(working_.data(), accumulator_.data());
-            add(working_.data(), accumulator_.data() + frames);
+            qnl_multiplyC_I(working_.data(), mono_gain, frames);
+            qnl_add_I(working_.data(), accumulator_.data(), frames);
+            qnl_add_I(working_.data(), accumulator_.data() + frames, frames);
         }
-        std::memcpy(out_.data(), accumulator_.data(), 2 * block_bytes);
-        benchmark::ClobberMemory();
-        std::memcpy(mix_.data(), out_.data(), 2 * block_bytes);
-        benchmark::ClobberMemory();
+        qnl_copy(accumulator_.data(), out_.data(), 2 * frames);
+        qnl_copy(out_.data(), mix_.data(), 2 * frames);
     }
 
     size_t talkers_;
@@ -171,6 +154,7 @@ void print_ratio(int talkers) {
 } // namespace
 
 int main(int argc, char** argv) {
+    qnl_start_vector_layer();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     std::printf("\nOne 10 ms period of a room of mono talkers, medians of interleaved runs\n"

@@ -83,6 +83,11 @@ int quenlis_flags::get_state(qnl_audio_control control) const {
     return rule.field != nullptr ? this->*rule.field : static_cast<int>(master_gain_ * 100.0F);
 }
 
+participant_groups quenlis_flags::get_groups() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return {whisper_room_, sidebar_room_};
+}
+
 qnl_error_code quenlis_flags::set_name(const char* name) {
     const std::lock_guard<std::mutex> lock(mutex_);
     name_ = name;

@@ -7,6 +7,12 @@
 #include <mutex>
 #include <string>
 
+/// The private groups that a participant is in; 0 is the main room.
+struct participant_groups {
+    int32_t whisper_room;
+    int32_t sidebar_room;
+};
+
 /// Everything about a participant that may change while audio runs. Any thread; every operation holds the
 /// object's own mutex, in which nothing else is locked but the logger, for its duration.
 class quenlis_flags {
@@ -22,6 +28,9 @@ public:
 
     /// Reads one control; raises QNL_ERROR_INVALID_CONTROL for an unknown one.
     int get_state(qnl_audio_control control) const;
+
+    /// Controls 13 and 14 in one read: the rule of who hears whom asks for them once a block and listener.
+    participant_groups get_groups() const;
 
     /// Copies the text. @param name  not null
     qnl_error_code set_name(const char* name);

@@ -5,21 +5,26 @@
 
 #include <algorithm>
 
-float valid_to_add_source(const quenlis_participant& talker, const quenlis_participant& listener) {
-    if (listener.configuration().type == QNL_PARTICIPANT_SOURCE_ONLY)
-        return 0.0F;
-    const auto group = [](const quenlis_participant& of, qnl_audio_control control) {
-        return of.flags().get_state(control);
-    };
-    if (const int whisper = group(talker, QNL_CONTROL_WHISPER_ROOM); whisper != 0)
-        return group(listener, QNL_CONTROL_WHISPER_ROOM) == whisper ? 1.0F : 0.0F;
-    if (const int sidebar = group(talker, QNL_CONTROL_SIDEBAR_ROOM); sidebar != 0)
-        return group(listener, QNL_CONTROL_SIDEBAR_ROOM) == sidebar ? 1.0F : 0.0F;
-    if (group(listener, QNL_CONTROL_SIDEBAR_ROOM) != 0)
+namespace {
+
+float group_gain(participant_groups talker, participant_groups listener) {
+    if (talker.whisper_room != 0)
+        return listener.whisper_room == talker.whisper_room ? 1.0F : 0.0F;
+    if (talker.sidebar_room != 0)
+        return listener.sidebar_room == talker.sidebar_room ? 1.0F : 0.0F;
+    if (listener.sidebar_room != 0)
         return 0.0F;
     // A whisper room goes on hearing the main room at a quarter of its level, a sidebar does not: this is
     // wanted.
-    return group(listener, QNL_CONTROL_WHISPER_ROOM) != 0 ? 0.25F : 1.0F;
+    return listener.whisper_room != 0 ? 0.25F : 1.0F;
+}
+
+} // namespace
+
+float valid_to_add_source(const quenlis_participant& talker, const quenlis_participant& listener) {
+    if (listener.configuration().type == QNL_PARTICIPANT_SOURCE_ONLY)
+        return 0.0F;
+    return group_gain(talker.flags().get_groups(), listener.flags().get_groups());
 }
 
 quenlis_room::quenlis_room(const quenlis_common_object* common, int32_t id, const quenlis_room_layout* layout)

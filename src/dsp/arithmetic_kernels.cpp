@@ -96,6 +96,15 @@ void add_and_scale(const float* a, const float* b, float* d, float c, std::size_
         [=](auto tag, auto x, auto y) HWY_ATTR { return hn::Mul(hn::Add(x, y), hn::Set(tag, c)); });
 }
 
+void scale_and_add_twice(float* x, float c, float* first, float* second, std::size_t n) {
+    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+        const auto scaled = hn::Mul(hn::LoadU(tag, x + i), hn::Set(tag, c));
+        hn::StoreU(scaled, tag, x + i);
+        hn::StoreU(hn::Add(hn::LoadU(tag, first + i), scaled), tag, first + i);
+        hn::StoreU(hn::Add(hn::LoadU(tag, second + i), scaled), tag, second + i);
+    });
+}
+
 /// `combine` does to vectors what `combine_floats` does to floats.
 template <class Combine>
 HWY_INLINE float reduce(const float* a, std::size_t n, float start, Combine combine,
@@ -150,6 +159,7 @@ const arithmetic_kernels& arithmetic_table() {
         square_root,
         larger,
         add_and_scale,
+        scale_and_add_twice,
         sum,
         largest,
         smallest,

@@ -77,6 +77,14 @@ void add_and_scale(const float* a, const float* b, float* d, float c, std::size_
         d[i] = (a[i] + b[i]) * c;
 }
 
+void scale_and_add_twice(float* x, float c, float* first, float* second, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        x[i] *= c;
+        first[i] += x[i];
+        second[i] += x[i];
+    }
+}
+
 template <class Combine>
 float reduce(const float* a, std::size_t n, float start, Combine combine) {
     float lanes[reduction_lanes];
@@ -118,6 +126,7 @@ const arithmetic_kernels scalar_arithmetic_kernels = {
     square_root,
     larger,
     add_and_scale,
+    scale_and_add_twice,
     sum,
     largest,
     smallest,

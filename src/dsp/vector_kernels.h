@@ -24,6 +24,7 @@ struct arithmetic_kernels {
     void (*larger)(const float* a, const float* b, float* d, std::size_t n);
     void (*add_and_scale)(const float* a, const float* b, float* d, float c,
                           std::size_t n); ///< d = (a + b) c
+    void (*scale_and_add_twice)(float* x, float c, float* first, float* second, std::size_t n);
     float (*sum)(const float* a, std::size_t n);
     float (*largest)(const float* a, std::size_t n);
     float (*smallest)(const float* a, std::size_t n);

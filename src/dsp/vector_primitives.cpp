@@ -349,3 +349,8 @@ void convert_stereo_to_mono(float* x, float gain, int n) {
     if (!nothing_to_do(x, n))
         active_kernels.arithmetic->add_and_scale(x, x + n, x, gain, count(n));
 }
+
+void qnl_mix_to_both_sides_I(float* x, float gain, float* left, float* right, int n) {
+    if (!nothing_to_do(x, n) && left != nullptr && right != nullptr)
+        active_kernels.arithmetic->scale_and_add_twice(x, gain, left, right, count(n));
+}

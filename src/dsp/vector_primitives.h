@@ -194,6 +194,10 @@ void qnl_hann_window_I(float* x, int n);
 /// is.
 void convert_stereo_to_mono(float* x, float gain, int n);
 
+/// Scales a mono block in place and adds it to both sides of a stereo sum, in one walk: x[i] *= gain, then
+/// left[i] += x[i] and right[i] += x[i]. The three arrays must not overlap.
+void qnl_mix_to_both_sides_I(float* x, float gain, float* left, float* right, int n);
+
 // ---- Scalars
 // -----------------------------------------------------------------------------------------------
 

@@ -28,7 +28,7 @@ void split_distance(sSource& source, int32_t distance) {
 } // namespace
 
 source_manager::source_manager(const quenlis_common_object* common, int32_t frames)
-    : frames_(frames), common_(common) {}
+    : frames_(frames), common_(common), channel_data_(qnl_make_buffer_32f(2 * frames)) {}
 
 source_manager::~source_manager() {
     {
@@ -39,21 +39,23 @@ source_manager::~source_manager() {
         destroy_source(row.source);
 }
 
-sSource* source_manager::create_source(int32_t id, int32_t channels) const {
-    auto* const source = new (std::nothrow) sSource{};
-    if (source == nullptr)
+sSource* source_manager::create_source(int32_t id, int32_t channels) {
+    if (channels != 1 && channels != 2)
         return nullptr;
+    sSource* source = nullptr;
+    try {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        source = new (records_.allocate(sizeof(sSource), alignof(sSource))) sSource{};
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
     source->source_id = id;
     source->number_channels = channels;
     source->changed = 1;
     source->renderer_changed = 1;
     for (int32_t channel = 0; channel < channels; ++channel) {
         source_channel& side = source->channels[channel];
-        side.channel_data = qnl_malloc_32f(frames_);
-        if (side.channel_data == nullptr) {
-            destroy_source(source);
-            return nullptr;
-        }
+        side.channel_data = channel_data_.get() + channel * frames_;
         for (complex32f*& spectrum : side.spectra)
             spectrum = qnl_malloc_32fc(common_->fft_size);
     }
@@ -231,7 +233,6 @@ void source_manager::clear_all_buffers(sSource* source) {
 void source_manager::destroy_source(sSource* source) {
     clear_all_buffers(source);
     for (const source_channel& side : source->channels) {
-        qnl_free(side.channel_data);
         for (complex32f* spectrum : side.spectra)
             qnl_free(spectrum);
     }
@@ -239,7 +240,7 @@ void source_manager::destroy_source(sSource* source) {
         qnl_free(spectra);
     for (float* block : source->renderer_block)
         qnl_free(block);
-    delete source;
+    records_.deallocate(source, sizeof(sSource), alignof(sSource));
 }
 
 void source_manager::remove_source_via_ptr(sSource* source) {

@@ -5,6 +5,7 @@
 #include "mix/source.h"
 
 #include <cstdint>
+#include <memory_resource>
 #include <mutex>
 #include <vector>
 
@@ -24,8 +25,9 @@ public:
 
     std::mutex& mutex() { return mutex_; }
 
-    /// Builds a source that is in no table yet. @return null when memory is exhausted
-    sSource* create_source(int32_t id, int32_t channels) const;
+    /// Builds a source that is in no table yet. @param channels  1 or 2
+    /// @return null for another count and when memory is exhausted
+    sSource* create_source(int32_t id, int32_t channels);
     /// Takes the source over and appends it at once. @return its id, or -1 for null or when memory is
     /// exhausted
     int32_t sm_add_source(sSource* source);
@@ -65,7 +67,8 @@ public:
     static linked_buffer* sm_get_last_buf(const sSource* source);
     /// Frees the whole chain; `active` stays. The caller holds the mutex.
     static void clear_all_buffers(sSource* source);
-    static void destroy_source(sSource* source);
+    /// Frees a source that is in no table. The caller holds the mutex.
+    void destroy_source(sSource* source);
     /// Takes the source out of the table when it is there, and destroys it. The caller holds the mutex.
     void remove_source_via_ptr(sSource* source);
 
@@ -85,6 +88,10 @@ private:
     std::mutex mutex_;
     const int32_t frames_;
     const quenlis_common_object* const common_;
+    const qnl_buffer_32f channel_data_; // lent to all sources, of which one at a time is being mixed
+    // The records stand close together, apart from the renderer's large storage: a period of a large room
+    // touches every one of them, and one page for each would cost more than the mix.
+    std::pmr::unsynchronized_pool_resource records_;
     action* first_action_ = nullptr;
     action* last_action_ = nullptr;
 };

@@ -28,7 +28,8 @@ TEST_F(SourceManager, MakesSourcesIdleAndInPlaceZero) {
     EXPECT_EQ(source->first_buffer, nullptr);
     EXPECT_EQ(source->near_distance + source->far_distance + source->azimuth + source->elevation, 0);
     EXPECT_FALSE(sources_.sm_check_id_exists(7)) << "not in the table yet";
-    source_manager::destroy_source(source);
+    sources_.destroy_source(source);
+    EXPECT_EQ(sources_.create_source(7, 3), nullptr);
     EXPECT_EQ(sources_.sm_add_source(nullptr), -1);
 }
 
