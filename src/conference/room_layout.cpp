@@ -20,7 +20,7 @@ void log_error(const char* message) {
 int32_t read_number(const json& value) {
     if (value.is_number_float())
         return saturating_truncate(value.get<double>());
-    return static_cast<int32_t>(value.get<int64_t>());
+    return value.get<int32_t>();
 }
 
 bool has_place(const json& value) {

@@ -3,9 +3,22 @@
 #include <cstddef>
 
 // The one order in which every instruction set reduces a block: element i goes to lane i modulo 32, and the
-// lanes are folded in halves.
+// lanes are folded in halves. The element comes first and what is there already second, which decides what a
+// NaN does.
 
 constexpr std::size_t reduction_lanes = 32;
+
+inline float added(float x, float lane) {
+    return x + lane;
+}
+
+inline float larger_one(float x, float lane) {
+    return x > lane ? x : lane;
+}
+
+inline float smaller_one(float x, float lane) {
+    return x < lane ? x : lane;
+}
 
 /// Takes in the last elements, fewer than `reduction_lanes`, and folds the lanes to one value.
 template <class Combine>

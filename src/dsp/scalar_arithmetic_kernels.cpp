@@ -90,17 +90,15 @@ float reduce(const float* a, std::size_t n, float start, Combine combine) {
 }
 
 float sum(const float* a, std::size_t n) {
-    return reduce(a, n, 0.0F, [](float x, float y) { return x + y; });
+    return reduce(a, n, 0.0F, added);
 }
 
 float largest(const float* a, std::size_t n) {
-    return reduce(a, n, -std::numeric_limits<float>::infinity(),
-                  [](float x, float y) { return x > y ? x : y; });
+    return reduce(a, n, -std::numeric_limits<float>::infinity(), larger_one);
 }
 
 float smallest(const float* a, std::size_t n) {
-    return reduce(a, n, std::numeric_limits<float>::infinity(),
-                  [](float x, float y) { return x < y ? x : y; });
+    return reduce(a, n, std::numeric_limits<float>::infinity(), smaller_one);
 }
 
 } // namespace

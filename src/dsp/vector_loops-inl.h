@@ -1,0 +1,61 @@
+// Walking over blocks with vectors of the instruction set being compiled for. Included once per set.
+
+#if defined(QUENLIS_VECTOR_LOOPS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef QUENLIS_VECTOR_LOOPS_INL_H
+#undef QUENLIS_VECTOR_LOOPS_INL_H
+#else
+#define QUENLIS_VECTOR_LOOPS_INL_H
+#endif
+
+#include <cstddef>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace quenlis {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// Calls step(tag, i) for the elements from 0 to n - 1: `unrolled` whole vectors of `Element` at a time, then
+/// one at a time, then element by element. A step handles Lanes(tag) elements from index i on. Nothing past
+/// the end is touched, and each element sees the same operations whichever part it falls into.
+template <class Element, std::size_t unrolled, class Step>
+HWY_INLINE void for_each_vector(std::size_t n, Step step) {
+    const hn::ScalableTag<Element> whole;
+    const hn::CappedTag<Element, 1> single;
+    const std::size_t lanes = hn::Lanes(whole);
+    std::size_t i = 0;
+    for (; n - i >= unrolled * lanes; i += unrolled * lanes)
+        for (std::size_t k = 0; k < unrolled; ++k)
+            step(whole, i + k * lanes);
+    for (; n - i >= lanes; i += lanes)
+        step(whole, i);
+    for (; i < n; ++i)
+        step(single, i);
+}
+
+/// a where a > b, else b; so b where either is NaN.
+template <class V>
+HWY_INLINE V larger_of(V a, V b) {
+#if HWY_ARCH_X86
+    return hn::Max(a, b); // the instruction's own rule
+#else
+    return hn::IfThenElse(hn::Gt(a, b), a, b);
+#endif
+}
+
+/// a where a < b, else b; so b where either is NaN.
+template <class V>
+HWY_INLINE V smaller_of(V a, V b) {
+#if HWY_ARCH_X86
+    return hn::Min(a, b);
+#else
+    return hn::IfThenElse(hn::Lt(a, b), a, b);
+#endif
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace quenlis
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,82 @@
+// Headings and spherical positions.
+#include "conference/geometry.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+namespace {
+
+constexpr int lowest = std::numeric_limits<int32_t>::min();
+constexpr int highest = std::numeric_limits<int32_t>::max();
+
+qnl_seat at(qnl_position position, qnl_heading heading = {0, 0}) {
+    return {1, position, heading};
+}
+
+TEST(Geometry, PlacesSourcesAroundAListener) {
+    struct hearing {
+        qnl_position source;
+        qnl_heading listener;
+        int azimuth, elevation, distance;
+    };
+    const std::vector<hearing> table = {
+        {{10, 0, 0}, {0, 0}, 90, 0, 10},     {{-10, 0, 0}, {0, 0}, -90, 0, 10},
+        {{0, 0, 10}, {0, 0}, 0, 0, 10},      {{0, 0, -10}, {0, 0}, 180, 0, 10},
+        {{0, 10, 0}, {0, 0}, 0, 90, 10},     {{0, -10, 0}, {0, 0}, 0, -90, 10},
+        {{3, 0, 4}, {0, 0}, 36, 0, 5},       {{3, 4, 0}, {0, 0}, 90, 53, 5},
+        {{-3, 4, 0}, {0, 0}, -90, 53, 5},    {{0, 0, 0}, {0, 0}, 0, 0, 0},
+        {{10, 0, 0}, {90, 0}, 0, 0, 10},     {{0, 0, 10}, {0, 30}, 0, -30, 10},
+        {{0, 10, 0}, {90, 0}, 0, 90, 10},    {{0, 0, -10}, {-90, 0}, -90, 0, 10},
+        {{-10, 0, 0}, {90, 0}, -180, 0, 10},
+    };
+    for (const auto& [source, listener, azimuth, elevation, distance] : table) {
+        const spherical_position heard = cartesian_to_spherical(at(source), at({0, 0, 0}, listener));
+        EXPECT_EQ(heard.azimuth, azimuth) << source.x << ' ' << source.y << ' ' << source.z;
+        EXPECT_EQ(heard.elevation, elevation) << source.x << ' ' << source.y << ' ' << source.z;
+        EXPECT_EQ(heard.distance, distance) << source.x << ' ' << source.y << ' ' << source.z;
+    }
+}
+
+TEST(Geometry, LooksAtTheCentre) {
+    struct look {
+        qnl_position position;
+        int azimuth, elevation;
+    };
+    const std::vector<look> table = {
+        {{0, 0, -5}, 0, 0},    {{0, 0, 5}, 180, 0},  {{5, 0, 0}, -90, 0},   {{-5, 0, 0}, 90, 0},
+        {{0, 0, 0}, 0, 0},     {{0, -3, 0}, 0, 90},  {{0, 3, 0}, 0, -90},   {{-4, -4, 0}, 90, 45},
+        {{4, -4, 0}, -90, 45}, {{0, -5, -5}, 0, 45}, {{0, -5, 5}, 180, 45},
+    };
+    for (const auto& [position, azimuth, elevation] : table) {
+        const qnl_heading heading = heading_towards(position, {0, 0, 0});
+        EXPECT_EQ(heading.azimuth_heading, azimuth) << position.x << ' ' << position.y << ' ' << position.z;
+        EXPECT_EQ(heading.elevation_heading, elevation)
+            << position.x << ' ' << position.y << ' ' << position.z;
+    }
+}
+
+TEST(Geometry, StaysInRangeAtTheEndsOfTheNumbers) {
+    const std::vector<int> coordinates = {lowest, -1, 0, 1, highest};
+    for (const int x : coordinates) {
+        for (const int y : coordinates) {
+            for (const int z : coordinates) {
+                for (const qnl_heading heading :
+                     {qnl_heading{0, 0}, {180, 90}, {-180, -90}, {lowest, highest}}) {
+                    const spherical_position heard =
+                        cartesian_to_spherical(at({x, y, z}), at({z, x, y}, heading));
+                    EXPECT_GE(heard.distance, 0);
+                    const qnl_heading looked = heading_towards({x, y, z}, {z, x, y});
+                    EXPECT_LE(std::abs(looked.azimuth_heading), 180);
+                    EXPECT_LE(std::abs(looked.elevation_heading), 90);
+                }
+            }
+        }
+    }
+    EXPECT_EQ(cartesian_to_spherical(at({highest, highest, highest}), at({0, 0, 0})).distance, highest)
+        << "a distance beyond 32 bits saturates";
+    EXPECT_EQ(cartesian_to_spherical(at({highest, 0, 0}), at({lowest, 0, 0})).distance, 1)
+        << "a difference beyond 32 bits wraps";
+}
+
+} // namespace

@@ -1,0 +1,104 @@
+// What an audio call owes its thread, and that the processor it runs on does not change a bit.
+#include "dsp/vector_targets.h"
+#include "kit/allocation_counter.h"
+#include "kit/compare.h"
+#include "kit/engine.h"
+#include "kit/signals.h"
+
+#include <cfenv>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+namespace {
+
+using test_kit::allocation_counter;
+using test_kit::engine;
+
+TEST(RealTime, AudioCallsAllocateTheMixesBlocksOnly) {
+    engine engine;
+    constexpr int people = 5;
+    for (int id = 0; id < people; ++id)
+        engine.add(id, 1 + id % 2);
+    const std::vector<float> block(960, 0.1F);
+    std::vector<float> output(960);
+    for (int period = 0; period < 4; ++period) {
+        for (int id = 0; id < people; ++id) {
+            const allocation_counter input;
+            qnl_input_audio_float(engine.handle(), 1, id, block.data(), 480);
+            // One block for each listener; the first push makes the head of each queue as well.
+            EXPECT_EQ(input.allocations(), (period == 0 ? 2U : 1U) * (people - 1)) << period;
+            EXPECT_EQ(input.releases(), 0U);
+        }
+        for (int id = 0; id < people; ++id) {
+            const allocation_counter heap;
+            EXPECT_EQ(qnl_output_audio_float(engine.handle(), 1, id, output.data()), QNL_ERROR_NONE);
+            EXPECT_EQ(heap.allocations(), 0U) << period;
+            // A block of each talker; at first also the three queued changes of each one's place.
+            EXPECT_EQ(heap.releases(), (period == 0 ? 4U : 1U) * (people - 1)) << period;
+        }
+    }
+    engine.set(1, QNL_CONTROL_MUTE_ENABLE, 1);
+    const allocation_counter muted;
+    qnl_input_audio_float(engine.handle(), 1, 1, block.data(), 480);
+    EXPECT_EQ(muted.allocations(), 0U);
+}
+
+#if defined(__SSE2__)
+unsigned control_word() {
+    return __builtin_ia32_stmxcsr() & ~0x3FU;
+} // without the sticky exception flags
+
+TEST(RealTime, TheHostsFloatingPointSettingComesBackOnEveryWayOut) {
+    engine engine;
+    engine.add(1);
+    engine.add(2);
+    const std::vector<float> block(480, std::numeric_limits<float>::denorm_min());
+    const unsigned before = control_word();
+    engine.push(1, block);
+    EXPECT_EQ(control_word(), before);
+    engine.pull(2);
+    EXPECT_EQ(control_word(), before);
+    engine.push(1, block, 7); // a raised refusal
+    EXPECT_EQ(control_word(), before);
+    const volatile float smallest = std::numeric_limits<float>::min();
+    EXPECT_GT(smallest / 2.0F, 0.0F) << "denormals are the host's again";
+
+    engine.set(2, QNL_CONTROL_STEREO_BYPASS_ENABLE, 1);
+    engine.push(1, block);
+    EXPECT_EQ(engine.pull(2).samples[0], 0.0F) << "inside a call they are zero";
+}
+#endif
+
+/// What a conference with every mixing rule in use gives, all blocks one after the other.
+std::vector<float> rendered_conference() {
+    engine engine({48000, 512, 2, true, 1});
+    for (int id = 0; id < 4; ++id)
+        engine.add(id, 1 + id % 2);
+    engine.set(2, QNL_CONTROL_WHISPER_ROOM, 1);
+    engine.set(3, QNL_CONTROL_MASTER_GAIN, 33);
+    engine.set(1, QNL_CONTROL_MIXING_3D_ENABLE, 1);
+    std::vector<float> mixes;
+    for (std::uint32_t period = 0; period < 8; ++period) {
+        for (std::uint32_t id = 0; id < 4; ++id)
+            engine.push(static_cast<int>(id), test_kit::noise(1024, 7 * period + id, 2.0F), 512);
+        for (int id = 0; id < 4; ++id) {
+            const auto mix = engine.pull(id).samples;
+            mixes.insert(mixes.end(), mix.begin(), mix.end());
+        }
+    }
+    return mixes;
+}
+
+TEST(RealTime, AConferenceHasTheSameBitsOnEveryInstructionSet) {
+    const int chosen = active_vector_target();
+    select_vector_target(0);
+    const std::vector<float> expected = rendered_conference();
+    for (int target = 1; target < vector_target_count(); ++target) {
+        select_vector_target(target);
+        EXPECT_TRUE(test_kit::same_bits(expected, rendered_conference())) << vector_target_name(target);
+    }
+    select_vector_target(chosen);
+}
+
+} // namespace

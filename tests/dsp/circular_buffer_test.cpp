@@ -1,0 +1,134 @@
+#include "dsp/circular_buffer.h"
+
+#include <climits>
+#include <cstddef>
+#include <numeric>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::vector<float> rising(int n, float first) {
+    std::vector<float> values(static_cast<std::size_t>(n));
+    std::iota(values.begin(), values.end(), first);
+    return values;
+}
+
+TEST(CircularBuffer, FullRingIsFullByCounterAndEmptyByDistance) {
+    circular_buffer ring(1, 8);
+    const std::vector<float> in = rising(8, 1.0F);
+    EXPECT_EQ(ring.calc_space_circ_buf(), 8);
+    EXPECT_EQ(ring.write_BLOCK(in.data(), 8), 8);
+    EXPECT_EQ(ring.calc_amount_data_circ_buf(), 0);
+    EXPECT_EQ(ring.calc_space_circ_buf(), 8);
+    EXPECT_EQ(ring.write_BLOCK(in.data(), 1), 0);
+    std::vector<float> out(8);
+    EXPECT_EQ(ring.read_BLOCK(out.data(), 8), 8);
+    EXPECT_EQ(out, in);
+    EXPECT_EQ(ring.read_BLOCK(out.data(), 1), 0);
+    EXPECT_EQ(out, in);
+}
+
+TEST(CircularBuffer, TransfersAreAllOrNothing) {
+    circular_buffer ring(1, 8);
+    const std::vector<float> in = rising(8, 1.0F);
+    std::vector<float> out(8, -1.0F);
+    EXPECT_EQ(ring.write_BLOCK(in.data(), 5), 5);
+    EXPECT_EQ(ring.write_BLOCK(in.data(), 4), 0);
+    EXPECT_EQ(ring.calc_amount_data_circ_buf(), 5);
+    EXPECT_EQ(ring.calc_space_circ_buf(), 3);
+    EXPECT_EQ(ring.read_BLOCK(out.data(), 6), 0);
+    EXPECT_EQ(out, std::vector<float>(8, -1.0F));
+    EXPECT_EQ(ring.write_BLOCK(in.data(), INT_MAX), 0);
+    EXPECT_EQ(ring.read_BLOCK(out.data(), INT_MAX), 0);
+    EXPECT_EQ(ring.read_BLOCK(out.data(), 5), 5);
+    EXPECT_EQ(out[4], 5.0F);
+    EXPECT_EQ(out[5], -1.0F);
+}
+
+TEST(CircularBuffer, BlocksAcrossTheWrapComeOutWholeForEveryChannel) {
+    constexpr int channels = 3;
+    constexpr int frames = 5;
+    circular_buffer ring(channels, 16);
+    for (int round = 0; round < 40; ++round) {
+        const auto first = static_cast<float>(100 * round);
+        const std::vector<float> one = rising(channels * frames, first);
+        const std::vector<float> two = rising(channels * frames, first + 50.0F);
+        ASSERT_EQ(ring.write_BLOCK(one.data(), frames), frames);
+        ASSERT_EQ(ring.write_BLOCK(two.data(), frames), frames);
+        std::vector<float> out(2 * channels * frames);
+        ASSERT_EQ(ring.read_BLOCK(out.data(), 2 * frames), 2 * frames);
+        for (int channel = 0; channel < channels; ++channel)
+            for (int i = 0; i < frames; ++i) {
+                const auto at = static_cast<std::size_t>(channel * frames + i);
+                const auto joined = static_cast<std::size_t>(2 * channel * frames + i);
+                ASSERT_EQ(out[joined], one[at]);
+                ASSERT_EQ(out[joined + frames], two[at]);
+            }
+    }
+}
+
+TEST(CircularBuffer, PointersAndBlocksHoldTheSameFrames) {
+    circular_buffer ring(2, 8);
+    const std::vector<float> left = rising(6, 1.0F);
+    const std::vector<float> right = rising(6, 101.0F);
+    const float* in[] = {left.data(), right.data()};
+    EXPECT_EQ(ring.write_POINTER(in, 6), 6);
+    EXPECT_EQ(ring.write_POINTER(in, 3), 0);
+    std::vector<float> block(4);
+    EXPECT_EQ(ring.read_BLOCK(block.data(), 2), 2);
+    EXPECT_EQ(block, (std::vector<float>{1, 2, 101, 102}));
+    std::vector<float> left_out(4);
+    std::vector<float> right_out(4);
+    float* out[] = {left_out.data(), right_out.data()};
+    EXPECT_EQ(ring.read_POINTER(out, 5), 0);
+    EXPECT_EQ(ring.read_POINTER(out, 4), 4);
+    EXPECT_EQ(left_out, rising(4, 3.0F));
+    EXPECT_EQ(right_out, rising(4, 103.0F));
+    EXPECT_EQ(ring.write_BLOCK(rising(16, 1.0F).data(), 8), 8); // the counter was kept too
+}
+
+TEST(CircularBuffer, CountsBelowOneAndNullMoveNothing) {
+    circular_buffer ring(2, 8);
+    std::vector<float> block = rising(8, 1.0F);
+    float* pointers[] = {block.data(), block.data() + 4};
+    const float* half_null[] = {block.data(), nullptr};
+    ASSERT_EQ(ring.write_BLOCK(block.data(), 4), 4);
+    for (const int n : {0, -1, INT_MIN}) {
+        EXPECT_EQ(ring.write_BLOCK(block.data(), n), n);
+        EXPECT_EQ(ring.read_BLOCK(block.data(), n), n);
+        EXPECT_EQ(ring.write_POINTER(pointers, n), n);
+        EXPECT_EQ(ring.read_POINTER(pointers, n), n);
+        EXPECT_EQ(ring.write_BLOCK(nullptr, n), 0);
+        EXPECT_EQ(ring.read_POINTER(nullptr, n), 0);
+        EXPECT_EQ(ring.write_POINTER(half_null, n), 0);
+    }
+    EXPECT_EQ(ring.read_BLOCK(nullptr, 1), 0);
+    EXPECT_EQ(ring.write_POINTER(half_null, 1), 0);
+    EXPECT_EQ(block, rising(8, 1.0F));
+    EXPECT_EQ(ring.calc_amount_data_circ_buf(), 4);
+    EXPECT_EQ(ring.write_BLOCK(block.data(), 4), 4); // room by the counter is what it was
+}
+
+TEST(CircularBuffer, PointerWriteOverwritesARingThatIsFullByCounter) {
+    circular_buffer ring(1, 4);
+    const std::vector<float> in = rising(4, 1.0F);
+    const std::vector<float> more = rising(3, 11.0F);
+    const float* pointers[] = {more.data()};
+    ASSERT_EQ(ring.write_BLOCK(in.data(), 4), 4);
+    EXPECT_EQ(ring.write_POINTER(pointers, 3), 3);
+    EXPECT_EQ(ring.calc_amount_data_circ_buf(), 3);
+    std::vector<float> out(4);
+    EXPECT_EQ(ring.write_BLOCK(in.data(), 1), 0);
+    EXPECT_EQ(ring.read_BLOCK(out.data(), 4), 4);
+    EXPECT_EQ(out, (std::vector<float>{11, 12, 13, 4}));
+}
+
+TEST(CircularBufferDeathTest, SizesThatAreNoPowerOfTwoEndTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (const int size : {0, 3, 480, -1, -8, INT_MIN})
+        EXPECT_DEATH(circular_buffer(1, size), "") << size;
+}
+
+} // namespace

@@ -1,0 +1,112 @@
+#include "conference_runner.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <ostream>
+
+namespace {
+
+using testing::HasSubstr;
+
+/// Something that the tool must not accept, and what its one line has to say.
+struct refusal {
+    const char* arguments;
+    const char* reason;
+};
+
+void PrintTo(const refusal& refused, std::ostream* out) {
+    *out << '"' << refused.arguments << '"';
+}
+
+class conference_refusals : public conference_runner, public testing::WithParamInterface<refusal> {
+protected:
+    conference_refusals() {
+        record("alice.wav", noise(1, 1, 500));
+        record("bob.wav", noise(2, 1, 500));
+        std::filesystem::create_directory(folder / "other");
+        record("other/alice.wav", noise(3, 1, 500));
+        record("narrow.wav", noise(4, 1, 500), 16000);
+        record("three.wav", noise(5, 3, 500));
+        record("empty.wav", audio(1));
+        write_text("text.wav", "no audio in here\n");
+        write_text("broken.json", "{\"default\": ");
+    }
+};
+
+TEST_P(conference_refusals, give_one_clear_line_and_a_failing_exit) {
+    const outcome result = hold(GetParam().arguments);
+    EXPECT_GT(result.exit_code, 0);
+    EXPECT_LT(result.exit_code, 126);
+    EXPECT_THAT(result.err, HasSubstr(GetParam().reason));
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    EXPECT_EQ(result.out, "");
+}
+
+const refusal bad_options[] = {
+    {"", "recordings"},
+    {"--speed 2 alice.wav", "--speed"},
+    {"--listeners many alice.wav", "--listeners"},
+    {"--rate 44100 alice.wav", "only 48000 Hz"},
+    {"--frames 500 alice.wav", "QNL_ERROR_DATA_LENGTH"},
+    {"--channels 3 alice.wav", "QNL_ERROR_NUM_CHANNELS"},
+    {"--sample-type int alice.wav", "--sample-type"},
+    {"--interleaving woven alice.wav", "--interleaving"},
+    {"--log loud alice.wav", "--log"},
+    {"--layout 99 alice.wav", "QNL_ERROR_INVALID_VALUE"},
+    {"--layout-file absent.json alice.wav", "absent.json"},
+    {"--layout-file broken.json alice.wav", "broken.json"},
+    {"--layout-file other alice.wav", "other"},
+};
+INSTANTIATE_TEST_SUITE_P(bad_options, conference_refusals, testing::ValuesIn(bad_options));
+
+const refusal bad_controls[] = {
+    {"--set alice alice.wav", "[WHO:]CONTROL=VALUE"},
+    {"--set QNL_CONTROL_MASTR_GAIN=1 alice.wav", "QNL_CONTROL_MASTR_GAIN"},
+    {"--set 15=1 alice.wav", "'15' is no control"},
+    {"--set 12=5O alice.wav", "'5O' is no value"},
+    {"--set 12=much alice.wav", "'much' is no value"},
+    {"--set 12=99999999999 alice.wav", "'99999999999' is no value"},
+    {"--set 12= alice.wav", "'' is no value"},
+    {"--set 12=101 alice.wav", "QNL_ERROR_INVALID_VALUE"},
+    {"--set alice:QNL_CONTROL_MIXING_3D_ENABLE=1 alice.wav", "QNL_ERROR_INVALID_CONTROL"},
+    {"--set dave:2=1 alice.wav", "'dave'"},
+    {"--set 3:2=1 alice.wav bob.wav", "'3'"},
+    {"--set alice:2=1 alice.wav other/alice.wav", "use the number"},
+    {"--whisper alice alice.wav", "WHO[,WHO...]=GROUP"},
+    {"--whisper alice,,bob=1 alice.wav bob.wav", "alice,,bob=1"},
+    {"--sidebar alice=101 alice.wav", "QNL_ERROR_INVALID_VALUE"},
+    {"--device alice:earphone alice.wav", "earphone"},
+};
+INSTANTIATE_TEST_SUITE_P(bad_controls, conference_refusals, testing::ValuesIn(bad_controls));
+
+const refusal bad_files[] = {
+    {"absent.wav", "absent.wav"},
+    {"other", "other"},
+    {"alice.wav text.wav", "text.wav"},
+    {"empty.wav", "holds no audio"},
+    {"three.wav", "only 1 or 2"},
+    {"narrow.wav", "narrow.wav: a rate of 16000 Hz is not supported, only 48000 Hz"},
+    {"-o alice.wav bob.wav", "alice.wav"},
+};
+INSTANTIATE_TEST_SUITE_P(bad_files, conference_refusals, testing::ValuesIn(bad_files));
+
+TEST_F(conference_runner, a_recording_is_never_overwritten_by_a_mix) {
+    record("1-alice.wav", noise(1, 1, 500));
+    record("alice.wav", noise(2, 1, 500));
+    const outcome result = hold("-o . alice.wav 1-alice.wav");
+    EXPECT_NE(result.exit_code, 0);
+    EXPECT_THAT(result.err, HasSubstr("overwrite"));
+    EXPECT_EQ(read("1-alice.wav"), noise(1, 1, 500));
+}
+
+TEST_F(conference_runner, help_explains_every_option_with_examples) {
+    const outcome result = hold("--help");
+    EXPECT_EQ(result.exit_code, 0);
+    for (const char* text : {"--listeners", "--rate", "--frames", "--channels", "--sample-type",
+                             "--interleaving", "--layout-file", "--layout", "--set", "--whisper", "--sidebar",
+                             "--device", "--log", "--quiet", "Examples:"})
+        EXPECT_THAT(result.out, HasSubstr(text));
+}
+
+} // namespace

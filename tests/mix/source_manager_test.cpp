@@ -1,0 +1,129 @@
+// A listener's table of sources and its queued changes.
+#include "mix/source_manager.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace {
+
+class SourceManager : public testing::Test {
+protected:
+    sSource* add(int32_t id, int32_t channels) {
+        sSource* const source = sources_.create_source(id, channels);
+        EXPECT_EQ(sources_.sm_add_source(source), id);
+        return source;
+    }
+
+    const quenlis_common_object common_ = quenlis_common_object::derive({48000, 480, 2, false, 3});
+    source_manager sources_{&common_, 480};
+};
+
+TEST_F(SourceManager, MakesSourcesIdleAndInPlaceZero) {
+    sSource* const source = sources_.create_source(7, 2);
+    EXPECT_EQ(source->source_id, 7);
+    EXPECT_EQ(source->number_channels, 2);
+    EXPECT_EQ(source->changed, 1);
+    EXPECT_EQ(source->renderer_changed, 1);
+    EXPECT_EQ(source->active, 0);
+    EXPECT_EQ(source->first_buffer, nullptr);
+    EXPECT_EQ(source->near_distance + source->far_distance + source->azimuth + source->elevation, 0);
+    EXPECT_FALSE(sources_.sm_check_id_exists(7)) << "not in the table yet";
+    source_manager::destroy_source(source);
+    EXPECT_EQ(sources_.sm_add_source(nullptr), -1);
+}
+
+TEST_F(SourceManager, AppliesChangesInOrderAndOnlyWhenProcessed) {
+    sSource* const source = add(1, 2);
+    source->changed = 0;
+    sources_.sm_set_direction(1, 10, 20);
+    sources_.sm_set_azimuth(1, 30);
+    sources_.sm_set_channel_offset(1, 1, 5, 6);
+    EXPECT_EQ(sources_.sm_get_azimuth(1), 0);
+    EXPECT_EQ(source->changed, 0);
+    sources_.process_source_manager();
+    EXPECT_EQ(sources_.sm_get_azimuth(1), 30);
+    EXPECT_EQ(sources_.sm_get_elevation(1), 20);
+    EXPECT_EQ(source->channels[1].first_offset, 5);
+    EXPECT_EQ(source->channels[1].second_offset, 6);
+    EXPECT_EQ(source->changed, 1);
+    sources_.sm_set_elevation(1, -4);
+    sources_.process_source_manager();
+    EXPECT_EQ(sources_.sm_get_elevation(1), -4);
+}
+
+TEST_F(SourceManager, SplitsDistancesAt300) {
+    struct split {
+        int32_t distance, near_part, far_part;
+    };
+    sSource* const source = add(1, 1);
+    for (const auto& [distance, near_part, far_part] :
+         {split{299, 299, 0}, {300, 300, 0}, {1000, 300, 700}, {-1, 300, 700}, {0, 0, 0}}) {
+        source->changed = 0;
+        sources_.sm_set_distance(1, distance);
+        sources_.process_source_manager();
+        EXPECT_EQ(source->near_distance, near_part) << distance;
+        EXPECT_EQ(source->far_distance, far_part) << distance;
+        EXPECT_EQ(source->changed, distance >= 0 ? 1 : 0) << distance;
+    }
+    sources_.sm_set_distance(1, std::numeric_limits<int32_t>::max());
+    sources_.process_source_manager();
+    EXPECT_EQ(sources_.sm_get_distance(1), std::numeric_limits<int32_t>::max());
+}
+
+TEST_F(SourceManager, DropsWhatFitsNoSource) {
+    sSource* const mono = add(1, 1);
+    mono->changed = 0;
+    action* const unknown = source_manager::get_item_mem();
+    ASSERT_NE(unknown, nullptr);
+    EXPECT_EQ(unknown->action_type + unknown->source_id + unknown->arguments[0], 0);
+    unknown->action_type = 6;
+    unknown->source_id = 1;
+    sources_.add_action(unknown);
+    sources_.sm_set_azimuth(2, 1);
+    sources_.process_source_manager();
+    EXPECT_EQ(mono->changed, 0);
+    for (const int32_t channel : {1, 2, -1}) {
+        mono->changed = 0;
+        sources_.sm_set_channel_offset(1, channel, 9, 9);
+        sources_.process_source_manager();
+        EXPECT_EQ(mono->changed, 1) << "told of, although there is no such channel";
+        EXPECT_EQ(mono->channels[0].first_offset, 0);
+    }
+    EXPECT_EQ(sources_.sm_get_azimuth(2) + sources_.sm_get_elevation(2) + sources_.sm_get_distance(2), 0);
+}
+
+TEST_F(SourceManager, RemovesTheFirstOfTwoWithOneId) {
+    sSource* const old_entry = add(1, 2);
+    sources_.sm_remove_source(1);
+    EXPECT_EQ(sources_.sm_get_source_handle(1), old_entry) << "until the queue is applied";
+    sSource* const new_entry = add(1, 1);
+    sources_.sm_set_azimuth(1, 12);
+    sources_.process_source_manager();
+    EXPECT_EQ(sources_.sm_get_source_handle(1), new_entry);
+    EXPECT_EQ(new_entry->azimuth, 12);
+    EXPECT_EQ(sources_.sources().size(), 1U);
+    sources_.sm_remove_source(1);
+    sources_.sm_remove_source(1);
+    sources_.process_source_manager();
+    EXPECT_FALSE(sources_.sm_check_id_exists(1));
+}
+
+TEST_F(SourceManager, ChainsBlocks) {
+    sSource* const source = add(1, 2);
+    EXPECT_EQ(source_manager::sm_get_last_buf(source), nullptr);
+    linked_buffer* const first = sources_.create_linked_buffer(2);
+    linked_buffer* const second = sources_.create_linked_buffer(2);
+    EXPECT_EQ(first->frames, 0);
+    EXPECT_EQ(first->next, nullptr);
+    first->data[2 * 480 - 1] = 1.0F; // the whole block is there to be written
+    first->next = second;
+    source->first_buffer = first;
+    EXPECT_EQ(source_manager::sm_get_last_buf(source), second);
+    source->active = 1;
+    source_manager::clear_all_buffers(source);
+    EXPECT_EQ(source->first_buffer, nullptr);
+    EXPECT_EQ(source->active, 1);
+    source_manager::destroy_linked_buffer(nullptr);
+}
+
+} // namespace
