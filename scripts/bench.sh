@@ -6,7 +6,9 @@ source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
 
 ensure_packages "${build_packages[@]}"
 build bench
-while IFS= read -r program; do
+mapfile -t programs < <(find build/bench/bench -type f -executable -name 'quenlis_bench*' | sort)
+[ ${#programs[@]} -gt 0 ] || fail "no benchmark was built"
+for program in "${programs[@]}"; do
     say "Running $(basename "$program")"
     "$program" "$@"
-done < <(find build/bench/bench -maxdepth 1 -type f -executable | sort)
+done

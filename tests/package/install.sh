@@ -4,7 +4,7 @@
 # descriptions, and nothing else.
 set -euo pipefail
 build="$1" work="$2" version="$3"
-rm -rf "$work"
+rm -rf "$work/built" "$work/installed"
 mkdir -p "$work"
 cmake --install "$build" --prefix "$work/built" >/dev/null
 # An installed tree may be moved.
