@@ -8,6 +8,11 @@ if(QUENLIS_SANITIZE)
   target_compile_options(quenlis_options INTERFACE -fsanitize=${QUENLIS_SANITIZE}
     -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quenlis_options INTERFACE -fsanitize=${QUENLIS_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    # A host in C carries clang's sanitizer runtime for the library, which is C++.
+    target_link_options(quenlis_options INTERFACE $<$<LINK_LANGUAGE:C>:-fsanitize-link-c++-runtime>)
+    target_link_libraries(quenlis_options INTERFACE $<$<LINK_LANGUAGE:C>:stdc++>)
+  endif()
 endif()
 
 # The arithmetic of the engine: every value is rounded where the source says so, on every instruction set.
