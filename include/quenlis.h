@@ -11,10 +11,11 @@
 /// from -180 to 180 with 0 facing +z and positive towards +x, elevation from -90 to 90.
 ///
 /// Results. Almost every function returns a `qnl_error_code`. Success is QNL_ERROR_NONE, which is -10000 and
-/// not 0. A null handle is logged and answered with QNL_ERROR_HANDLE_NULL; an unknown room with
-/// QNL_ERROR_INVALID_ROOM_ID; an unknown participant with QNL_ERROR_INVALID_PARTICIPANT_ID. Every int is a
-/// legal room or participant id. A refused call changes nothing unless its description says otherwise.
-/// Only exhausted memory (std::bad_alloc) and exceptions of the host's own observers ever leave a call.
+/// not 0. A null handle is logged and answered with QNL_ERROR_HANDLE_NULL, and out pointers are left alone;
+/// an unknown room is answered with QNL_ERROR_INVALID_ROOM_ID, an unknown participant with
+/// QNL_ERROR_INVALID_PARTICIPANT_ID. Every int is a legal room or participant id. A refused call changes
+/// nothing unless its description says otherwise. Only exhausted memory (std::bad_alloc) and exceptions of
+/// the host's own observers ever leave a call.
 ///
 /// Threads. Every function may be called from any thread at any time, except where its description says
 /// otherwise. Audio calls of different participants run in parallel, and so do one participant's input and
@@ -109,6 +110,13 @@ typedef enum qnl_device_types QNL_INT32 {
     QNL_DEVICE_SPEAKER = 2,
 } qnl_device_types;
 
+/// The sample types of the audio calls, one family of calls for each.
+typedef enum quenlis_data_type QNL_INT32 {
+    QNL_DATA_SHORT = 0,  ///< signed 16 bit
+    QNL_DATA_FLOAT = 1,  ///< 32 bit, full scale 1.0
+    QNL_DATA_DOUBLE = 2, ///< 64 bit, full scale 1.0
+} quenlis_data_type;
+
 /// The format that one instance of the library delivers.
 typedef struct qnl_library_configuration {
     int32_t output_sampling_rate;   ///< R: 8000, 16000, 24000, 32000 or 48000 Hz
@@ -152,7 +160,8 @@ typedef struct qnl_seat {
 ///
 /// @param room_layout_path       room configuration file (JSON), or null. A missing or broken file is no
 ///                               failure: the library logs a warning and starts on its fallback layout
-/// @param websocket_config_path  control server configuration file (JSON), or null for no control server
+/// @param websocket_config_path  control server configuration file (JSON), or null; not read yet, since the
+///                               control server has not been built
 /// @param configuration          the output format; fixed for the life of the instance
 /// @param error_code             receives QNL_ERROR_NONE or the reason of a refusal; may be null
 /// @return the handle, or null with QNL_ERROR_SAMPLE_RATE, QNL_ERROR_DATA_LENGTH, QNL_ERROR_NUM_CHANNELS or
@@ -162,8 +171,7 @@ typedef struct qnl_seat {
 QNL_API qnl_handle qnl_initialize_library(const char* room_layout_path, const char* websocket_config_path,
                                           qnl_library_configuration configuration, int* error_code);
 
-/// Destroys the instance with all its rooms. Takes no lock: every other call on this handle must have
-/// returned.
+/// Destroys the instance with all its rooms. Takes no lock: every other call on this handle must have ended.
 /// @return QNL_ERROR_LIBRARY_NOT_YET_INITIALIZED for a null handle, unlike all other functions
 QNL_API qnl_error_code qnl_destroy_library(qnl_handle handle);
 
@@ -171,7 +179,6 @@ QNL_API qnl_error_code qnl_destroy_library(qnl_handle handle);
 QNL_API const char* qnl_get_version(void);
 
 /// Turns the log on or off for the whole process. It is off at start and goes to standard output.
-/// The first call that can log, in the whole process, must not race with another.
 QNL_API qnl_error_code qnl_enable_logging(bool enable);
 
 /// Sets the lowest level that is logged; QNL_LOG_WARNING at start.
@@ -215,10 +222,11 @@ QNL_API qnl_error_code qnl_remove_participant(qnl_handle handle, int room_id, in
 /// @param audio          `number_frames` frames at the participant's input rate r
 /// @param number_frames  r x F / R, exactly
 /// @return QNL_ERROR_DATA_LENGTH for another count; QNL_ERROR_PARTICIPANT_TYPE for a listener-only
-/// participant;
-///         QNL_ERROR_DATA_NULL for a null buffer. A muted participant's block is dropped with QNL_ERROR_NONE.
+///         participant; QNL_ERROR_DATA_NULL for a null buffer. A muted participant's block is dropped with
+///         QNL_ERROR_NONE.
 ///
-/// Real time: allocates only the queued blocks of the mix and, on a refusal, its exception and log message.
+/// Real time: allocates the queued blocks of the mix and nothing else, but for a log message and a refusal's
+/// exception. A listener for whom no block can be had misses this one.
 /// A listener that never pulls has its queues grow without limit, see qnl_flush_data.
 QNL_API qnl_error_code qnl_input_audio_short(qnl_handle handle, int room_id, int participant_id,
                                              const short* audio, int number_frames);
@@ -235,7 +243,8 @@ QNL_API qnl_error_code qnl_input_audio_double(qnl_handle handle, int room_id, in
 /// @return QNL_ERROR_NO_INPUT_AUDIO, with silence in `output`, when nobody had a block (a normal state);
 ///         QNL_ERROR_PARTICIPANT_TYPE for a source-only participant; QNL_ERROR_DATA_NULL for a null buffer
 ///
-/// Clamped to 16 bits; a NaN becomes 0.
+/// Clamped to 16 bits; a NaN becomes 0. Real time: allocates nothing but a log message and a refusal's
+/// exception.
 QNL_API qnl_error_code qnl_output_audio_short(qnl_handle handle, int room_id, int participant_id,
                                               short* output);
 /// As qnl_output_audio_short, for 32-bit floats; nothing is clamped.
@@ -246,15 +255,15 @@ QNL_API qnl_error_code qnl_output_audio_double(qnl_handle handle, int room_id, i
                                                double* output);
 
 /// Drops all queued blocks of this talker that others have not heard, and all that this listener has not
-/// heard. No filter or effect state is reset.
+/// heard. No filter or effect state is reset. The queued changes of places, a few bytes each time somebody
+/// moves or joins, wait for the listener's next output call all the same.
 QNL_API qnl_error_code qnl_flush_data(qnl_handle handle, int room_id, int participant_id);
 
 /* ---- Controls ----------------------------------------------------------------------------------------- */
 
 /// Sets one control of one participant.
 ///
-/// @return QNL_ERROR_INVALID_CONTROL for an unknown control; QNL_ERROR_INVALID_VALUE for a value out of
-/// range;
+/// @return QNL_ERROR_INVALID_CONTROL for an unknown control; QNL_ERROR_INVALID_VALUE for a bad value;
 ///         QNL_ERROR_INVALID_CONTROL for the equaliser at an input rate other than 48000 Hz.
 ///         The 3D controls 6 to 9 store a good value, tell the observers and still return
 ///         QNL_ERROR_INVALID_CONTROL, since this edition has no 3D mixing.
@@ -262,12 +271,12 @@ QNL_API qnl_error_code qnl_set_participant_state(qnl_handle handle, int room_id,
                                                  qnl_audio_control control, int value);
 
 /// Sets one control of every participant of a room, in order of joining. A refusal by one participant stops
-/// there; those already set stay set. Succeeds also for the 3D controls.
+/// there; those already set stay set. Succeeds for the 3D controls, and for anything in an empty room.
 QNL_API qnl_error_code qnl_set_all_participants_state(qnl_handle handle, int room_id,
                                                       qnl_audio_control control, int value);
 
 /// Reads one control.
-/// @param value  receives the value, or 0 on a failed call; null gives QNL_ERROR_DATA_NULL
+/// @param value  receives the value, or 0 when it cannot be read; null gives QNL_ERROR_DATA_NULL
 QNL_API qnl_error_code qnl_get_participant_state(qnl_handle handle, int room_id, int participant_id,
                                                  qnl_audio_control control, int* value);
 
@@ -275,12 +284,13 @@ QNL_API qnl_error_code qnl_get_participant_state(qnl_handle handle, int room_id,
 /// others.
 QNL_API const char* qnl_audio_control_to_string(int control);
 
-/// The control of that name in any mix of upper and lower case; 15, with a log line, for any other text.
+/// The control of that name in any mix of upper and lower case; 15, with a log line, for any other text and
+/// for null.
 QNL_API qnl_audio_control qnl_string_to_audio_control(const char* text);
 
 /// The value that a text stands for: QNL_DEVICE_HEADPHONE 1, QNL_DEVICE_SPEAKER 2, QNL_ENABLE and TRUE 1,
 /// QNL_DISABLE and FALSE 0, in any mix of upper and lower case, or the decimal integer at its start.
-/// Anything else gives -9990 with a log line.
+/// Anything else, null included, gives -9990 with a log line.
 QNL_API int qnl_string_to_participant_value(const char* text);
 
 /* ---- Names, seats, positions, layouts ------------------------------------------------------------------ */
@@ -298,13 +308,18 @@ QNL_API qnl_error_code qnl_set_participant_name(qnl_handle handle, int room_id, 
 QNL_API qnl_error_code qnl_get_participant_name(qnl_handle handle, int room_id, int participant_id,
                                                 char* name, int length);
 
-/// Moves a participant to a seat, counted from 1. A number above the layout's count, or a taken seat, means
-/// the next free layer of that seat. 0 puts the participant at the origin.
+/// Moves a participant to a seat, counted from 1. Numbers above the layout's count lie in layers above its
+/// seats; a taken number means the next free layer above it. 0 puts the participant at the origin.
+///
+/// A participant that sits at that entry of the layout, in whatever layer, stays where it is with
+/// QNL_ERROR_NONE. So does one without a seat when it asks for the entry that -1 stands for, which is (-2
+/// modulo the seat count, as unsigned 64 bit) + 1.
 /// @return QNL_ERROR_INVALID_VALUE for a negative number and in a layout without seats
 QNL_API qnl_error_code qnl_set_participant_seat(qnl_handle handle, int room_id, int participant_id,
                                                 int seat_index);
 
-/// Reads a participant's seat; all 0 on a failed call. @param seat  null gives QNL_ERROR_DATA_NULL
+/// Reads a participant's seat; all 0 when room or participant is unknown. @param seat  null gives
+/// QNL_ERROR_DATA_NULL
 QNL_API qnl_error_code qnl_get_participant_seat(qnl_handle handle, int room_id, int participant_id,
                                                 qnl_seat* seat);
 
@@ -313,8 +328,8 @@ QNL_API qnl_error_code qnl_get_participant_seat(qnl_handle handle, int room_id, 
 QNL_API qnl_error_code qnl_set_participant_position(qnl_handle handle, int room_id, int participant_id,
                                                     qnl_position position, qnl_heading heading);
 
-/// Reads a participant's place. A failed call zeroes `position` and leaves `heading`; a null pointer gives
-/// QNL_ERROR_DATA_NULL.
+/// Reads a participant's place. An unknown room or participant zeroes `position` and leaves `heading`; a null
+/// pointer gives QNL_ERROR_DATA_NULL.
 QNL_API qnl_error_code qnl_get_participant_position(qnl_handle handle, int room_id, int participant_id,
                                                     qnl_position* position, qnl_heading* heading);
 
@@ -324,20 +339,25 @@ QNL_API qnl_error_code qnl_get_participant_position(qnl_handle handle, int room_
 /// @param elevation  degrees
 /// @param distance   in the room's unit
 /// @return QNL_ERROR_INVALID_PARTICIPANT_ID for equal ids; QNL_ERROR_DATA_NULL for a null pointer;
-///         QNL_ERROR_INVALID_VALUE for a source-only listener. A failed call gives 0, 0, 0.
+///         QNL_ERROR_INVALID_VALUE for a source-only listener. What cannot be read is 0, 0, 0, but equal
+///         ids leave the three alone.
 QNL_API qnl_error_code qnl_get_participant_spherical(qnl_handle handle, int room_id, int listener_id,
                                                      int source_id, int* azimuth, int* elevation,
                                                      int* distance);
 
-/// Switches a room to another layout: everybody gets a seat and the layout's default control values.
-/// Excludes all other calls while it runs.
-/// @return QNL_ERROR_INVALID_VALUE for an unknown layout, and for one without seats when a seat is needed
+/// Switches a room to another layout: everybody gets a seat and the layout's default control values. The
+/// layout that the room has already changes nothing. Excludes all other calls while it runs.
+/// @return QNL_ERROR_INVALID_VALUE for an unknown layout, and for one without seats when a seat is needed. A
+///         code that comes from the default control values leaves the layout changed, those who joined later
+///         where they were, and everybody's spherical values as before.
 QNL_API qnl_error_code qnl_set_room_layout(qnl_handle handle, int room_id, int layout_id);
 
-/// Reads the id of a room's layout; 0 on a failed call. @param layout_id  null gives QNL_ERROR_DATA_NULL
+/// Reads the id of a room's layout; 0 when the room is unknown. @param layout_id  null gives
+/// QNL_ERROR_DATA_NULL
 QNL_API qnl_error_code qnl_get_room_layout(qnl_handle handle, int room_id, int* layout_id);
 
 /// All room layouts as one JSON text without whitespace. It lives as long as the handle; do not free it.
+/// A null handle gives {"error_code": "QNL_ERROR_HANDLE_NULL"}, a constant.
 QNL_API const char* qnl_get_json_all_room_layouts(qnl_handle handle);
 
 /* ---- Queries ------------------------------------------------------------------------------------------ */
@@ -348,8 +368,8 @@ QNL_API qnl_error_code qnl_get_room_count(qnl_handle handle, int* room_count);
 /// The number of participants of a room. @param participant_count  null gives QNL_ERROR_DATA_NULL
 QNL_API qnl_error_code qnl_get_participant_count(qnl_handle handle, int room_id, int* participant_count);
 
-/// Reads what a participant was added with. A failed call, a null handle included, gives -1 in both numbers
-/// and the value 4 in `type`. @param config  null gives QNL_ERROR_DATA_NULL
+/// Reads what a participant was added with. What cannot be read, a null handle included, is -1 in both
+/// numbers and the value 4 in `type`. @param config  null gives QNL_ERROR_DATA_NULL
 QNL_API qnl_error_code qnl_get_participant_configuration(qnl_handle handle, int room_id, int participant_id,
                                                          qnl_participant_configuration* config);
 
@@ -357,7 +377,7 @@ QNL_API qnl_error_code qnl_get_participant_configuration(qnl_handle handle, int 
 
 /// Registers an observer, a C++ object that implements qnl_event_manager. There is no way to remove it: the
 /// host keeps it alive until the library is destroyed. Must be called while no other call on the handle runs.
-/// @return QNL_ERROR_DATA_NULL for null
+/// @return QNL_ERROR_DATA_NULL for null; QNL_ERROR_INVALID_CONTROL from inside an observer
 QNL_API qnl_error_code qnl_add_event_manager(qnl_handle handle, qnl_event_manager* manager);
 
 /// Always refused with QNL_ERROR_INVALID_CONTROL: this edition carries no network transport.
@@ -370,9 +390,10 @@ QNL_API qnl_error_code qnl_send_custom_websocket_event(qnl_handle handle, int ro
 } /* extern "C" */
 
 /// An observer of the conference. After each change every observer is called in order of registration, on the
-/// thread that made the change and inside the library's lock: return quickly. A handler may call getters; it
-/// must not create or destroy rooms, change layouts or add observers.
-/// Texts live for the duration of the call only.
+/// thread that made the change and inside the library's lock: return quickly. A handler may call getters,
+/// audio and setters; what those change it hears of in turn. Creating and destroying rooms, changing layouts
+/// and adding observers are refused from inside a handler with QNL_ERROR_INVALID_CONTROL. Texts live for the
+/// duration of the call only.
 class qnl_event_manager {
 public:
     virtual ~qnl_event_manager() = default;

@@ -48,12 +48,12 @@ void add(source a, source b, destination d, float, int n) {
         d[i] = a[i] + b[i];
 }
 
-void add_I(source a, source, destination d, float, int n) {
+void add_in_place(source a, source, destination d, float, int n) {
     for (int i = 0; i < n; ++i)
         d[i] += a[i];
 }
 
-void addC_I(source, source, destination d, float c, int n) {
+void add_constant_in_place(source, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] += c;
 }
@@ -63,17 +63,17 @@ void subtract(source a, source b, destination d, float, int n) {
         d[i] = b[i] - a[i];
 }
 
-void subtract_I(source a, source, destination d, float, int n) {
+void subtract_in_place(source a, source, destination d, float, int n) {
     for (int i = 0; i < n; ++i)
         d[i] -= a[i];
 }
 
-void subtractC(source a, source, destination d, float c, int n) {
+void subtract_constant(source a, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] = a[i] - c;
 }
 
-void subtractC_I(source, source, destination d, float c, int n) {
+void subtract_constant_in_place(source, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] -= c;
 }
@@ -83,17 +83,17 @@ void multiply(source a, source b, destination d, float, int n) {
         d[i] = a[i] * b[i];
 }
 
-void multiply_I(source a, source, destination d, float, int n) {
+void multiply_in_place(source a, source, destination d, float, int n) {
     for (int i = 0; i < n; ++i)
         d[i] *= a[i];
 }
 
-void multiplyC(source a, source, destination d, float c, int n) {
+void multiply_constant(source a, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] = a[i] * c;
 }
 
-void multiplyC_I(source, source, destination d, float c, int n) {
+void multiply_constant_in_place(source, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] *= c;
 }
@@ -103,17 +103,17 @@ void divide(source a, source b, destination d, float, int n) {
         d[i] = b[i] / a[i];
 }
 
-void divideC(source a, source, destination d, float c, int n) {
+void divide_constant(source a, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] = a[i] / c;
 }
 
-void divideC_I(source, source, destination d, float c, int n) {
+void divide_constant_in_place(source, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] /= c;
 }
 
-void divideReverseC(source a, source, destination d, float c, int n) {
+void divide_reverse_constant(source a, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         d[i] = c / a[i];
 }
@@ -128,12 +128,12 @@ void sqr(source a, source, destination d, float, int n) {
         d[i] = a[i] * a[i];
 }
 
-void sqr_I(source, source, destination d, float, int n) {
+void sqr_in_place(source, source, destination d, float, int n) {
     for (int i = 0; i < n; ++i)
         d[i] *= d[i];
 }
 
-void sqrt_I(source, source, destination d, float, int n) {
+void sqrt_in_place(source, source, destination d, float, int n) {
     for (int i = 0; i < n; ++i)
         d[i] = __builtin_sqrtf(d[i]);
 }
@@ -198,7 +198,7 @@ void complex_add(source a, source b, destination d, float, int n) {
         d[i] = a[i] + b[i];
 }
 
-void complex_add_I(source a, source, destination d, float, int n) {
+void complex_add_in_place(source a, source, destination d, float, int n) {
     for (int i = 0; i < 2 * n; ++i)
         d[i] += a[i];
 }
@@ -208,7 +208,7 @@ void complex_subtract(source a, source b, destination d, float, int n) {
         d[i] = b[i] - a[i];
 }
 
-void complex_subtract_I(source a, source, destination d, float, int n) {
+void complex_subtract_in_place(source a, source, destination d, float, int n) {
     for (int i = 0; i < 2 * n; ++i)
         d[i] -= a[i];
 }
@@ -218,17 +218,17 @@ void complex_multiply(source a, source b, destination d, float, int n) {
         as_complex(d)[i] = product(as_complex(a)[i], as_complex(b)[i]);
 }
 
-void complex_multiply_I(source a, source, destination d, float, int n) {
+void complex_multiply_in_place(source a, source, destination d, float, int n) {
     for (int i = 0; i < n; ++i)
         as_complex(d)[i] = product(as_complex(d)[i], as_complex(a)[i]);
 }
 
-void complex_multiplyC(source a, source, destination d, float c, int n) {
+void complex_multiply_constant(source a, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         as_complex(d)[i] = product(as_complex(a)[i], {c, 0.0F});
 }
 
-void complex_multiplyC_I(source, source, destination d, float c, int n) {
+void complex_multiply_constant_in_place(source, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         as_complex(d)[i] = product(as_complex(d)[i], {c, 0.0F});
 }
@@ -238,17 +238,17 @@ void complex_divide(source a, source b, destination d, float, int n) {
         as_complex(d)[i] = quotient(as_complex(b)[i], as_complex(a)[i]);
 }
 
-void complex_divide_I(source a, source, destination d, float, int n) {
+void complex_divide_in_place(source a, source, destination d, float, int n) {
     for (int i = 0; i < n; ++i)
         as_complex(d)[i] = quotient(as_complex(d)[i], as_complex(a)[i]);
 }
 
-void complex_divideC(source a, source, destination d, float c, int n) {
+void complex_divide_constant(source a, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         as_complex(d)[i] = quotient(as_complex(a)[i], {c, 0.0F});
 }
 
-void complex_divideC_I(source, source, destination d, float c, int n) {
+void complex_divide_constant_in_place(source, source, destination d, float c, int n) {
     for (int i = 0; i < n; ++i)
         as_complex(d)[i] = quotient(as_complex(d)[i], {c, 0.0F});
 }
@@ -258,24 +258,24 @@ void complex_divideC_I(source, source, destination d, float c, int n) {
 const named_call loops[operation_count] = {
     {"set", set},
     {"add", add},
-    {"add_I", add_I},
-    {"addC_I", addC_I},
+    {"add_I", add_in_place},
+    {"addC_I", add_constant_in_place},
     {"subtract", subtract},
-    {"subtract_I", subtract_I},
-    {"subtractC", subtractC},
-    {"subtractC_I", subtractC_I},
+    {"subtract_I", subtract_in_place},
+    {"subtractC", subtract_constant},
+    {"subtractC_I", subtract_constant_in_place},
     {"multiply", multiply},
-    {"multiply_I", multiply_I},
-    {"multiplyC", multiplyC},
-    {"multiplyC_I", multiplyC_I},
+    {"multiply_I", multiply_in_place},
+    {"multiplyC", multiply_constant},
+    {"multiplyC_I", multiply_constant_in_place},
     {"divide", divide},
-    {"divideC", divideC},
-    {"divideC_I", divideC_I},
-    {"divideReverseC", divideReverseC},
+    {"divideC", divide_constant},
+    {"divideC_I", divide_constant_in_place},
+    {"divideReverseC", divide_reverse_constant},
     {"abs", abs},
     {"sqr", sqr},
-    {"sqr_I", sqr_I},
-    {"sqrt_I", sqrt_I},
+    {"sqr_I", sqr_in_place},
+    {"sqrt_I", sqrt_in_place},
     {"max_every", max_every},
     {"magnitude_of_parts", magnitude_of_parts},
     {"stereo_to_mono", stereo_to_mono},
@@ -286,17 +286,17 @@ const named_call loops[operation_count] = {
     {"magnitude", magnitude},
     {"complex_set", complex_set},
     {"complex_add", complex_add},
-    {"complex_add_I", complex_add_I},
+    {"complex_add_I", complex_add_in_place},
     {"complex_subtract", complex_subtract},
-    {"complex_subtract_I", complex_subtract_I},
+    {"complex_subtract_I", complex_subtract_in_place},
     {"complex_multiply", complex_multiply},
-    {"complex_multiply_I", complex_multiply_I},
-    {"complex_multiplyC", complex_multiplyC},
-    {"complex_multiplyC_I", complex_multiplyC_I},
+    {"complex_multiply_I", complex_multiply_in_place},
+    {"complex_multiplyC", complex_multiply_constant},
+    {"complex_multiplyC_I", complex_multiply_constant_in_place},
     {"complex_divide", complex_divide},
-    {"complex_divide_I", complex_divide_I},
-    {"complex_divideC", complex_divideC},
-    {"complex_divideC_I", complex_divideC_I},
+    {"complex_divide_I", complex_divide_in_place},
+    {"complex_divideC", complex_divide_constant},
+    {"complex_divideC_I", complex_divide_constant_in_place},
 };
 
 } // namespace PLAIN_LOOPS

@@ -35,11 +35,11 @@ constexpr rival rivals[] = {
 class operands {
 public:
     explicit operands(int n, bool complex)
-        : m_a(qnl_make_buffer_32f(2 * n)),
-          m_b(qnl_make_buffer_32f(2 * n)),
-          m_d(qnl_make_buffer_32f(2 * n)),
-          m_n(n) {
-        for (float* const block : {m_a.get(), m_b.get(), m_d.get()})
+        : a_(qnl_make_buffer_32f(2 * n)),
+          b_(qnl_make_buffer_32f(2 * n)),
+          d_(qnl_make_buffer_32f(2 * n)),
+          n_(n) {
+        for (float* const block : {a_.get(), b_.get(), d_.get()})
             for (int i = 0; i < 2 * n; ++i)
                 block[i] = complex && i % 2 != 0 ? 0.0F : 1.0F;
     }
@@ -48,7 +48,7 @@ public:
         constexpr int calls = 64;
         const auto start = std::chrono::steady_clock::now();
         for (int i = 0; i < calls; ++i) {
-            call(m_a.get(), m_b.get(), m_d.get(), 1.0F, m_n);
+            call(a_.get(), b_.get(), d_.get(), 1.0F, n_);
             benchmark::ClobberMemory();
         }
         return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count() /
@@ -56,10 +56,10 @@ public:
     }
 
 private:
-    qnl_buffer_32f m_a;
-    qnl_buffer_32f m_b;
-    qnl_buffer_32f m_d;
-    int m_n;
+    qnl_buffer_32f a_;
+    qnl_buffer_32f b_;
+    qnl_buffer_32f d_;
+    int n_;
 };
 
 double median(std::vector<double>& values) {
@@ -75,39 +75,48 @@ struct result {
 
 std::vector<result> results;
 
-/// The three contenders take turns, so that whatever else the machine does hits all of them alike.
-void compare(benchmark::State& state, const std::string& name, const rival& against, int operation,
-             int target, int n) {
-    constexpr int rounds = 301;
-    const bool complex = std::strstr(layer_calls[operation].name, "complex_") != nullptr;
-    const operands data(n, complex);
+/// Index of the layer's target among the rivals, or -1 for one that has none.
+int rival_of(int target) {
+    for (std::size_t i = 0; i < std::size(rivals); ++i)
+        if (std::strcmp(rivals[i].target, vector_target_name(target)) == 0)
+            return static_cast<int>(i);
+    return -1;
+}
+
+/// Arguments: target, operation, count. The three contenders take turns, so that whatever else the machine
+/// does hits all of them alike.
+void compare(benchmark::State& state) {
+    constexpr int rounds = 801;
+    const auto target = static_cast<int>(state.range(0));
+    const auto operation = static_cast<std::size_t>(state.range(1));
+    const auto n = static_cast<int>(state.range(2));
+    const rival& against = rivals[rival_of(target)];
+    const std::string name = std::string(against.target) + " " + layer_calls[operation].name;
+    const operands data(n, name.find("complex_") != std::string::npos);
     const std::array<operation_call, 3> contenders = {
         layer_calls[operation].call, against.plain[operation].call, against.unrolled[operation].call};
     select_vector_target(target);
     std::array<std::vector<double>, 3> times;
-    for (auto _ : state) {
+    for (auto _ : state)
         for (int round = 0; round < rounds; ++round)
             for (std::size_t i = 0; i < contenders.size(); ++i)
                 times[i].push_back(data.time(contenders[i]));
-    }
-    const double ours = median(times[0]);
-    const double best = std::min(median(times[1]), median(times[2]));
-    state.counters["layer_ns"] = ours;
-    state.counters["loop_ns"] = best;
-    state.counters["percent"] = 100.0 * best / ours;
-    results.push_back({name, 100.0 * best / ours});
+    const double layer = median(times[0]);
+    const double loop = std::min(median(times[1]), median(times[2]));
+    state.SetLabel(name);
+    state.counters["layer_ns"] = layer;
+    state.counters["loop_ns"] = loop;
+    state.counters["percent"] = 100.0 * loop / layer;
+    results.push_back({name + " " + std::to_string(n), 100.0 * loop / layer});
 }
 
-void register_comparisons(const rival& against, int target) {
-    for (int operation = 0; operation < operation_count; ++operation)
-        for (const int n : {480, 2048}) {
-            const std::string name =
-                std::string(against.target) + "/" + layer_calls[operation].name + "/" + std::to_string(n);
-            benchmark::RegisterBenchmark(name.c_str(), [=, &against](benchmark::State& state) {
-                compare(state, name, against, operation, target, n);
-            })->Iterations(1);
-        }
+void every_comparison(benchmark::internal::Benchmark* registered) {
+    for (int target = 0; target < vector_target_count(); ++target)
+        for (int operation = 0; operation < operation_count && rival_of(target) >= 0; ++operation)
+            for (const int n : {480, 2048})
+                registered->Args({target, operation, n});
 }
+BENCHMARK(compare)->Apply(every_comparison)->ArgNames({"target", "operation", "n"})->Iterations(1);
 
 void print_slowest() {
     constexpr std::size_t shown = 10;
@@ -124,10 +133,6 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    for (int target = 0; target < vector_target_count(); ++target)
-        for (const rival& against : rivals)
-            if (std::strcmp(against.target, vector_target_name(target)) == 0)
-                register_comparisons(against, target);
     benchmark::RunSpecifiedBenchmarks();
     print_slowest();
     return 0;

@@ -1,5 +1,4 @@
-/// Names of controls and values. The three conversions are exported functions, so they are declared in the
-/// public header; this one adds what the engine itself needs.
+/// Names of controls and values, to numbers and back: what the exported functions of the like names answer.
 #pragma once
 
 #include "quenlis.h"

@@ -23,8 +23,9 @@ bool is_control(qnl_audio_control control) {
 
 } // namespace
 
-// The half span angle is tested against 0 to 89 although its text speaks of 1 to 90: this is wanted.
-const quenlis_flags::control_rule quenlis_flags::rules[] = {
+// In order of control number, from 1. The half span angle is tested against 0 to 89 although its text speaks
+// of 1 to 90: this is wanted.
+const quenlis_flags::control_rule quenlis_flags::rules[14] = {
     {0, 1, "You must use a value of either 0 or 1 for stereo bypass control", &quenlis_flags::stereo_bypass_,
      true},
     {0, 1, "You must use a value of either 0 or 1 for mute control", &quenlis_flags::mute_, true},
@@ -48,6 +49,8 @@ const quenlis_flags::control_rule quenlis_flags::rules[] = {
     {0, 100, "You must use a value of between 0 and 100 for sidebar room control",
      &quenlis_flags::sidebar_room_, true},
 };
+
+static_assert(QNL_CONTROL_STEREO_BYPASS_ENABLE == 1 && QNL_CONTROL_SIDEBAR_ROOM == 14);
 
 qnl_error_code quenlis_flags::set_state(qnl_audio_control control, int value) {
     const std::lock_guard<std::mutex> lock(mutex_);

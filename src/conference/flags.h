@@ -19,9 +19,8 @@ class quenlis_flags {
 public:
     /// Checks and stores one control.
     ///
-    /// @return QNL_ERROR_NONE; QNL_ERROR_INVALID_CONTROL for controls 6 to 9, whose good values are stored
-    /// all
-    ///         the same
+    /// @return QNL_ERROR_NONE; QNL_ERROR_INVALID_CONTROL for controls 6 to 9, whose good values are
+    ///         stored all the same
     /// Raises QNL_ERROR_INVALID_CONTROL for an unknown control and QNL_ERROR_INVALID_VALUE for a bad value,
     /// with the stored value untouched.
     qnl_error_code set_state(qnl_audio_control control, int value);
@@ -48,7 +47,7 @@ public:
 
 private:
     struct control_rule;
-    static const control_rule rules[];
+    static const control_rule rules[14];
 
     mutable std::mutex mutex_;
     int32_t whisper_room_ = 0;

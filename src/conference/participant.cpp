@@ -5,7 +5,7 @@
 #include "frame/exception.h"
 #include "frame/integers.h"
 
-#include <string>
+#include <type_traits>
 
 namespace {
 
@@ -16,6 +16,29 @@ int32_t input_frames_of(int32_t input_rate, const qnl_library_configuration& lib
     const int32_t product = wrapping_multiply(input_rate, library.output_number_frames);
     return saturating_truncate(static_cast<float>(product) /
                                static_cast<float>(library.output_sampling_rate));
+}
+
+/// Calls `use` with a value of the C type behind a sample type.
+template <class Use>
+void with_sample_type(quenlis_data_type type, Use use) {
+    switch (type) {
+    case QNL_DATA_SHORT:
+        return use(short{});
+    case QNL_DATA_FLOAT:
+        return use(float{});
+    case QNL_DATA_DOUBLE:
+        return use(double{});
+    }
+    throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_INVALID_VALUE, "%i is no sample type",
+                            static_cast<int>(type));
+}
+
+template <class From, class To>
+void convert_samples(const From* from, To* to, int32_t samples) {
+    if constexpr (std::is_same_v<From, To>)
+        qnl_copy(from, to, samples);
+    else
+        qnl_convert(from, to, samples);
 }
 
 } // namespace
@@ -74,16 +97,14 @@ void quenlis_participant::validate() const {
 void quenlis_participant::build_listener_side(const quenlis_common_object* common) {
     listener_engine_ = std::make_unique<listener_engine>(&flags_, common, engine_frames_);
     output_block_ = qnl_make_buffer_32f(2 * engine_frames_);
-    qnl_zero(output_block_.get(), 2 * engine_frames_);
     // Place of the crosstalk canceller, the limiter and the output resampler, in this order.
 }
 
 void quenlis_participant::build_talker_side() {
     // Room for two channels whatever the talker has, see listener_engine::input_audio.
     input_block_ = qnl_make_buffer_32f(2 * engine_frames_);
-    qnl_zero(input_block_.get(), 2 * engine_frames_);
-    // Place of the input resampler, the speech analysis, the noise canceller, the gain control, the de-esser
-    // and the equaliser, in this order.
+    // Place of the analysis scratch block, the input resampler, the speech analysis, the noise canceller, the
+    // gain control, the de-esser and the equaliser, in this order.
 }
 
 bool quenlis_participant::has_input_resampler() const {
@@ -128,22 +149,14 @@ void quenlis_participant::process_input(const void* audio, quenlis_data_type typ
 
 void quenlis_participant::read_input(const void* audio, quenlis_data_type type) {
     float* const block = input_block_.get();
-    const int32_t samples = input_frames_ * configuration_.input_number_channels;
-    const bool interleaved = configuration_.input_number_channels == 2 && library_.interleaved;
-    switch (type) {
-    case QNL_DATA_SHORT:
-        interleaved ? qnl_deinterleave(static_cast<const short*>(audio), block, input_frames_)
-                    : qnl_convert(static_cast<const short*>(audio), block, samples);
-        break;
-    case QNL_DATA_FLOAT:
-        interleaved ? qnl_deinterleave(static_cast<const float*>(audio), block, input_frames_)
-                    : qnl_copy(static_cast<const float*>(audio), block, samples);
-        break;
-    case QNL_DATA_DOUBLE:
-        interleaved ? qnl_deinterleave(static_cast<const double*>(audio), block, input_frames_)
-                    : qnl_convert(static_cast<const double*>(audio), block, samples);
-        break;
-    }
+    const int32_t channels = configuration_.input_number_channels;
+    with_sample_type(type, [&](auto sample) {
+        const auto* const samples = static_cast<const decltype(sample)*>(audio);
+        if (channels == 2 && library_.interleaved)
+            qnl_deinterleave(samples, block, input_frames_);
+        else
+            convert_samples(samples, block, input_frames_ * channels);
+    });
 }
 
 quenlis_participant::enhancements quenlis_participant::enabled_enhancements() const {
@@ -194,37 +207,19 @@ void quenlis_participant::render_output() {
 void quenlis_participant::write_output(void* audio, quenlis_data_type type) const {
     const float* const block = output_block_.get();
     const int32_t frames = library_.output_number_frames;
-    const int32_t samples = frames * library_.output_number_channels;
-    const bool interleaved = library_.output_number_channels == 2 && library_.interleaved;
-    switch (type) {
-    case QNL_DATA_SHORT:
-        interleaved ? qnl_interleave(block, static_cast<short*>(audio), frames)
-                    : qnl_convert(block, static_cast<short*>(audio), samples);
-        break;
-    case QNL_DATA_FLOAT:
-        interleaved ? qnl_interleave(block, static_cast<float*>(audio), frames)
-                    : qnl_copy(block, static_cast<float*>(audio), samples);
-        break;
-    case QNL_DATA_DOUBLE:
-        interleaved ? qnl_interleave(block, static_cast<double*>(audio), frames)
-                    : qnl_convert(block, static_cast<double*>(audio), samples);
-        break;
-    }
+    const int32_t channels = library_.output_number_channels;
+    with_sample_type(type, [&](auto sample) {
+        auto* const samples = static_cast<decltype(sample)*>(audio);
+        if (channels == 2 && library_.interleaved)
+            qnl_interleave(block, samples, frames);
+        else
+            convert_samples(block, samples, frames * channels);
+    });
 }
 
 void quenlis_participant::write_silence(void* audio, quenlis_data_type type) const {
     const int32_t samples = library_.output_number_frames * library_.output_number_channels;
-    switch (type) {
-    case QNL_DATA_SHORT:
-        qnl_zero(static_cast<short*>(audio), samples);
-        break;
-    case QNL_DATA_FLOAT:
-        qnl_zero(static_cast<float*>(audio), samples);
-        break;
-    case QNL_DATA_DOUBLE:
-        qnl_zero(static_cast<double*>(audio), samples);
-        break;
-    }
+    with_sample_type(type, [&](auto sample) { qnl_zero(static_cast<decltype(sample)*>(audio), samples); });
 }
 
 nlohmann::json quenlis_participant::to_json() const {

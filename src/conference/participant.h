@@ -12,13 +12,6 @@
 #include <mutex>
 #include <nlohmann/json.hpp>
 
-/// The sample type of an audio call.
-enum quenlis_data_type : int32_t {
-    QNL_DATA_SHORT = 0,  ///< signed 16 bit
-    QNL_DATA_FLOAT = 1,  ///< 32 bit, full scale 1.0
-    QNL_DATA_DOUBLE = 2, ///< 64 bit, full scale 1.0
-};
-
 /// One participant of a room. Its type, rates and block sizes never change. Every buffer of the two roads is
 /// allocated in the constructor; the roads may run in parallel, each by one thread at a time.
 class quenlis_participant {
@@ -41,9 +34,8 @@ public:
 
     /// Does nothing without a listener's side. @return the id; -1 without a listener's side or memory
     int32_t add_source(int32_t source_id, int32_t channels);
-    /// @return QNL_ERROR_HANDLE_NULL without a listener's side, QNL_ERROR_INVALID_PARTICIPANT_ID for an
-    /// unknown
-    ///         source
+    /// @return QNL_ERROR_HANDLE_NULL without a listener's side, QNL_ERROR_INVALID_PARTICIPANT_ID for
+    ///         an unknown source
     qnl_error_code remove_source(int32_t source_id);
 
     /// Changes one control: the gate for every change from outside. Refuses the automatic equaliser, whatever
@@ -58,8 +50,8 @@ public:
     /// two channels. The caller holds input_mutex; null for a listener-only participant.
     const float* input_block() const { return input_block_.get(); }
 
-    /// Mixes one block of F frames for the host. @return QNL_ERROR_NONE, or QNL_ERROR_NO_INPUT_AUDIO with
-    /// silence in `audio`
+    /// Mixes one block of F frames for the host. @return QNL_ERROR_NONE, or
+    /// QNL_ERROR_NO_INPUT_AUDIO with silence in `audio`
     /// Raises QNL_ERROR_PARTICIPANT_TYPE for a source-only participant and QNL_ERROR_DATA_NULL for null.
     qnl_error_code process_output(void* audio, quenlis_data_type type);
 

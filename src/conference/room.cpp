@@ -32,12 +32,12 @@ quenlis_room::quenlis_room(const quenlis_common_object* common, int32_t id, cons
 
 qnl_error_code quenlis_room::add_participant(qnl_participant_configuration config, int32_t id,
                                              const char* name) {
-    const shared_lock::exclusive_guard participants_lock(participants_mutex_);
+    const nestable_shared_mutex::exclusive_guard participants_lock(participants_mutex_);
     if (participant_exists(id))
         throw quenlis_exception(QNL_LOG_WARNING, QNL_ERROR_INVALID_PARTICIPANT_ID,
                                 "The participant id %i already exists in room %i", id, id_);
     auto participant = std::make_unique<quenlis_participant>(common_, id, name, config);
-    const shared_lock::shared_guard layout_lock(layout_mutex_);
+    const nestable_shared_mutex::shared_guard layout_lock(layout_mutex_);
     if (!layout_->open_room())
         layout_->require_seats();
     participants_.push_back(std::move(participant));
@@ -66,7 +66,7 @@ void quenlis_room::wire(quenlis_participant* newcomer) {
 }
 
 qnl_error_code quenlis_room::remove_participant(int32_t id) {
-    const shared_lock::exclusive_guard lock(participants_mutex_);
+    const nestable_shared_mutex::exclusive_guard lock(participants_mutex_);
     const quenlis_participant* const leaver = get_participant(id);
     participants_.erase(std::find_if(participants_.begin(), participants_.end(),
                                      [leaver](const auto& p) { return p.get() == leaver; }));
@@ -76,12 +76,12 @@ qnl_error_code quenlis_room::remove_participant(int32_t id) {
 }
 
 int32_t quenlis_room::get_participant_count() {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return static_cast<int32_t>(participants_.size());
 }
 
 qnl_participant_configuration quenlis_room::get_participant_configuration(int32_t id) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return get_participant(id)->configuration();
 }
 
@@ -101,7 +101,7 @@ quenlis_participant* quenlis_room::get_participant(int32_t id) const {
 
 qnl_error_code quenlis_room::input(const void* audio, int32_t frames, int32_t participant_id,
                                    quenlis_data_type type) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     quenlis_participant* const talker = get_participant(participant_id);
     if (frames != talker->input_frames())
         throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_DATA_LENGTH,
@@ -127,12 +127,12 @@ qnl_error_code quenlis_room::input(const void* audio, int32_t frames, int32_t pa
 }
 
 qnl_error_code quenlis_room::output(void* audio, int32_t participant_id, quenlis_data_type type) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return get_participant(participant_id)->process_output(audio, type);
 }
 
 qnl_error_code quenlis_room::flush(int32_t participant_id) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     const quenlis_participant* const flushed = get_participant(participant_id);
     for (const auto& listener : participants_) {
         if (listener.get() != flushed && listener->engine() != nullptr)
@@ -144,39 +144,39 @@ qnl_error_code quenlis_room::flush(int32_t participant_id) {
 }
 
 qnl_error_code quenlis_room::set_participant_state(int32_t id, qnl_audio_control control, int value) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return get_participant(id)->set_state(control, value);
 }
 
 qnl_error_code quenlis_room::set_all_participants_state(qnl_audio_control control, int value) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     for (const auto& participant : participants_)
         participant->set_state(control, value);
     return QNL_ERROR_NONE;
 }
 
 int quenlis_room::get_participant_state(qnl_audio_control control, int32_t id) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return get_participant(id)->flags().get_state(control);
 }
 
 qnl_error_code quenlis_room::set_name(int32_t id, const char* name) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return get_participant(id)->flags().set_name(name);
 }
 
 std::string quenlis_room::get_name(int32_t id) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return get_participant(id)->flags().copy_name();
 }
 
 nlohmann::json quenlis_room::get_json() {
-    const shared_lock::shared_guard participants_lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard participants_lock(participants_mutex_);
     nlohmann::json participants = nlohmann::json::array();
     for (const auto& participant : participants_)
         participants.push_back(participant->to_json());
 
-    const shared_lock::shared_guard layout_lock(layout_mutex_);
+    const nestable_shared_mutex::shared_guard layout_lock(layout_mutex_);
     nlohmann::json room;
     room["id"] = id_;
     room["roomConfigId"] = layout_->id();
@@ -190,7 +190,7 @@ std::string quenlis_room::get_all_participants_state(qnl_audio_control control) 
     nlohmann::json state;
     state["room_id"] = id_;
     state["control_to_edit"] = audio_control_to_string(control);
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     for (const auto& participant : participants_) {
         const quenlis_flags& flags = participant->flags();
         state["participants"].push_back(

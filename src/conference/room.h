@@ -89,8 +89,8 @@ private:
     void update_all_positions(quenlis_participant* mover);
 
     const int32_t id_;
-    shared_lock participants_mutex_;
-    shared_lock layout_mutex_;
+    nestable_shared_mutex participants_mutex_;
+    nestable_shared_mutex layout_mutex_;
     const quenlis_common_object* const common_;
     std::vector<std::unique_ptr<quenlis_participant>> participants_; // in order of joining
     const quenlis_room_layout* layout_;

@@ -29,8 +29,8 @@ qnl_seat quenlis_room::get_next_available_seat_no_lock() const {
 }
 
 qnl_error_code quenlis_room::set_participant_seat(int32_t id, int32_t seat_id) {
-    const shared_lock::exclusive_guard participants_lock(participants_mutex_);
-    const shared_lock::shared_guard layout_lock(layout_mutex_);
+    const nestable_shared_mutex::exclusive_guard participants_lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard layout_lock(layout_mutex_);
     const uint64_t count = layout_->seats().size();
     const auto wanted = static_cast<uint64_t>(static_cast<int64_t>(seat_id));
     // Refuses every negative number, which is huge as unsigned, and lets 0 through: this is wanted.
@@ -54,8 +54,8 @@ qnl_error_code quenlis_room::set_participant_seat(int32_t id, int32_t seat_id) {
 }
 
 qnl_error_code quenlis_room::set_room_layout(const quenlis_room_layout* layout) {
-    const shared_lock::exclusive_guard participants_lock(participants_mutex_);
-    const shared_lock::exclusive_guard layout_lock(layout_mutex_);
+    const nestable_shared_mutex::exclusive_guard participants_lock(participants_mutex_);
+    const nestable_shared_mutex::exclusive_guard layout_lock(layout_mutex_);
     if (layout->id() == layout_->id())
         return QNL_ERROR_NONE;
     const auto needs_seat = [](const auto& p) { return p->flags().get_seat().id != 0; };
@@ -77,8 +77,8 @@ qnl_error_code quenlis_room::set_room_layout(const quenlis_room_layout* layout) 
 }
 
 qnl_error_code quenlis_room::set_position(int32_t id, qnl_position position, qnl_heading heading) {
-    const shared_lock::exclusive_guard participants_lock(participants_mutex_);
-    const shared_lock::shared_guard layout_lock(layout_mutex_);
+    const nestable_shared_mutex::exclusive_guard participants_lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard layout_lock(layout_mutex_);
     if (!layout_->open_room())
         throw quenlis_exception(
             QNL_LOG_WARNING, QNL_ERROR_INVALID_CONTROL,
@@ -113,7 +113,7 @@ void quenlis_room::update_spherical_position(quenlis_participant* listener,
 }
 
 qnl_seat quenlis_room::get_participant_seat(int32_t id) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     return get_participant(id)->flags().get_seat();
 }
 
@@ -126,13 +126,13 @@ qnl_heading quenlis_room::get_participant_heading(int32_t id) {
 }
 
 int32_t quenlis_room::get_room_layout() {
-    const shared_lock::shared_guard lock(layout_mutex_);
+    const nestable_shared_mutex::shared_guard lock(layout_mutex_);
     return layout_->id();
 }
 
 qnl_error_code quenlis_room::get_participant_spherical(int32_t listener_id, int32_t source_id, int* azimuth,
                                                        int* elevation, int* distance) {
-    const shared_lock::shared_guard lock(participants_mutex_);
+    const nestable_shared_mutex::shared_guard lock(participants_mutex_);
     const quenlis_participant* const listener = get_participant(listener_id);
     get_participant(source_id);
     if (listener->configuration().type == QNL_PARTICIPANT_SOURCE_ONLY)

@@ -46,25 +46,22 @@ std::size_t bytes(int frames) {
 } // namespace
 
 circular_buffer::circular_buffer(int channels, int size)
-    : m_storage(allocate_storage(channels, checked_size(size))),
-      m_read_index(0),
-      m_write_index(0),
-      m_size(size),
-      m_mask(static_cast<std::uint32_t>(size) - 1),
-      m_amount(0),
-      m_channels(channels) {}
+    : storage_(allocate_storage(channels, checked_size(size))),
+      size_(size),
+      mask_(static_cast<std::uint32_t>(size) - 1),
+      channels_(channels) {}
 
 circular_buffer::~circular_buffer() {
-    free_storage(m_storage, m_channels);
+    free_storage(storage_, channels_);
 }
 
 int circular_buffer::calc_amount_data_circ_buf() const {
-    const auto distance = static_cast<std::int32_t>(m_write_index - m_read_index);
-    return distance < 0 ? distance + m_size : distance;
+    const auto distance = static_cast<std::int32_t>(write_index_ - read_index_);
+    return distance < 0 ? distance + size_ : distance;
 }
 
 int circular_buffer::calc_space_circ_buf() const {
-    return m_size - calc_amount_data_circ_buf();
+    return size_ - calc_amount_data_circ_buf();
 }
 
 int circular_buffer::write_BLOCK(const float* in, int n) {
@@ -72,9 +69,9 @@ int circular_buffer::write_BLOCK(const float* in, int n) {
         return 0;
     if (n <= 0)
         return n;
-    if (m_size - m_amount < n)
+    if (size_ - amount_ < n)
         return 0;
-    for (int channel = 0; channel < m_channels; ++channel)
+    for (int channel = 0; channel < channels_; ++channel)
         store(channel, in + static_cast<std::ptrdiff_t>(channel) * n, n);
     advance_write(n);
     return n;
@@ -85,58 +82,58 @@ int circular_buffer::read_BLOCK(float* out, int n) {
         return 0;
     if (n <= 0)
         return n;
-    if (m_amount < n || n > m_size)
+    if (amount_ < n || n > size_)
         return 0;
-    for (int channel = 0; channel < m_channels; ++channel)
+    for (int channel = 0; channel < channels_; ++channel)
         fetch(channel, out + static_cast<std::ptrdiff_t>(channel) * n, n);
     advance_read(n);
     return n;
 }
 
 int circular_buffer::write_POINTER(const float* const* in, int n) {
-    if (any_null(in, m_channels))
+    if (any_null(in, channels_))
         return 0;
     if (n <= 0)
         return n;
     if (calc_space_circ_buf() < n)
         return 0;
-    for (int channel = 0; channel < m_channels; ++channel)
+    for (int channel = 0; channel < channels_; ++channel)
         store(channel, in[channel], n);
     advance_write(n);
     return n;
 }
 
 int circular_buffer::read_POINTER(float* const* out, int n) {
-    if (any_null(out, m_channels))
+    if (any_null(out, channels_))
         return 0;
     if (n <= 0)
         return n;
     if (calc_amount_data_circ_buf() < n)
         return 0;
-    for (int channel = 0; channel < m_channels; ++channel)
+    for (int channel = 0; channel < channels_; ++channel)
         fetch(channel, out[channel], n);
     advance_read(n);
     return n;
 }
 
 void circular_buffer::store(int channel, const float* in, int n) {
-    const int before_wrap = std::min(n, m_size - static_cast<int>(m_write_index));
-    std::memcpy(m_storage[channel] + m_write_index, in, bytes(before_wrap));
-    std::memcpy(m_storage[channel], in + before_wrap, bytes(n - before_wrap));
+    const int before_wrap = std::min(n, size_ - static_cast<int>(write_index_));
+    std::memcpy(storage_[channel] + write_index_, in, bytes(before_wrap));
+    std::memcpy(storage_[channel], in + before_wrap, bytes(n - before_wrap));
 }
 
 void circular_buffer::fetch(int channel, float* out, int n) const {
-    const int before_wrap = std::min(n, m_size - static_cast<int>(m_read_index));
-    std::memcpy(out, m_storage[channel] + m_read_index, bytes(before_wrap));
-    std::memcpy(out + before_wrap, m_storage[channel], bytes(n - before_wrap));
+    const int before_wrap = std::min(n, size_ - static_cast<int>(read_index_));
+    std::memcpy(out, storage_[channel] + read_index_, bytes(before_wrap));
+    std::memcpy(out + before_wrap, storage_[channel], bytes(n - before_wrap));
 }
 
 void circular_buffer::advance_write(int n) {
-    m_write_index = (m_write_index + static_cast<std::uint32_t>(n)) & m_mask;
-    m_amount += n;
+    write_index_ = (write_index_ + static_cast<std::uint32_t>(n)) & mask_;
+    amount_ += n;
 }
 
 void circular_buffer::advance_read(int n) {
-    m_read_index = (m_read_index + static_cast<std::uint32_t>(n)) & m_mask;
-    m_amount -= n;
+    read_index_ = (read_index_ + static_cast<std::uint32_t>(n)) & mask_;
+    amount_ -= n;
 }

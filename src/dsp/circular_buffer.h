@@ -40,11 +40,11 @@ private:
     void advance_write(int n);
     void advance_read(int n);
 
-    float** m_storage;
-    std::uint32_t m_read_index;
-    std::uint32_t m_write_index;
-    std::int32_t m_size;
-    std::uint32_t m_mask;
-    std::int32_t m_amount;
-    std::int32_t m_channels;
+    float** storage_;
+    std::uint32_t read_index_ = 0;
+    std::uint32_t write_index_ = 0;
+    std::int32_t size_;
+    std::uint32_t mask_;
+    std::int32_t amount_ = 0;
+    std::int32_t channels_;
 };

@@ -43,42 +43,30 @@ HWY_INLINE auto load(Tag tag, const complex32f* a) {
     return x;
 }
 
-template <class Tag, class V>
-HWY_INLINE void store(Tag tag, complex_vector<V> x, complex32f* d) {
-    hn::StoreInterleaved2(x.re, x.im, tag, parts(d));
-}
-
 void set(complex32f* x, complex32f c, std::size_t n) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        hn::StoreInterleaved2(hn::Set(tag, c.re), hn::Set(tag, c.im), tag, parts(x + i));
+    for_each_vector<float, 4, 2>(2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
+        hn::StoreU(hn::OddEven(hn::Set(tag, c.im), hn::Set(tag, c.re)), tag, parts(x) + i);
     });
 }
 
-template <class V>
-HWY_INLINE complex_vector<V> product(complex_vector<V> a, complex_vector<V> b) {
-    return {hn::Sub(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
-            hn::Add(hn::Mul(a.re, b.im), hn::Mul(a.im, b.re))};
-}
-
 void multiply(const complex32f* a, const complex32f* b, complex32f* d, std::size_t n) {
-    for_each_vector<float, 2>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        store(tag, product(load(tag, a + i), load(tag, b + i)), d + i);
+    for_each_vector<float, 4, 2>(2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
+        const auto x = hn::LoadU(tag, parts(a) + i);
+        const auto y = hn::LoadU(tag, parts(b) + i);
+        const auto straight = hn::Mul(x, hn::DupEven(y));
+        const auto crossed = hn::Mul(hn::Shuffle2301(x), hn::DupOdd(y));
+        hn::StoreU(hn::OddEven(hn::Add(straight, crossed), hn::Sub(straight, crossed)), tag, parts(d) + i);
     });
 }
 
 void multiply_constant(const complex32f* a, complex32f* d, complex32f c, std::size_t n) {
-    for_each_vector<float, 2>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        const complex_vector<decltype(hn::Zero(tag))> factor = {hn::Set(tag, c.re), hn::Set(tag, c.im)};
-        store(tag, product(load(tag, a + i), factor), d + i);
+    for_each_vector<float, 4, 2>(2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
+        const auto x = hn::LoadU(tag, parts(a) + i);
+        const auto straight = hn::Mul(x, hn::Set(tag, c.re));
+        const auto crossed =
+            hn::Mul(hn::Shuffle2301(x), hn::OddEven(hn::Set(tag, c.im), hn::Set(tag, -c.im)));
+        hn::StoreU(hn::Add(straight, crossed), tag, parts(d) + i);
     });
-}
-
-// Products of two floats are exact in double and can neither overflow nor vanish there.
-template <class V>
-HWY_INLINE complex_vector<V> scaled_quotient(complex_vector<V> dividend, complex_vector<V> divisor, V scale) {
-    const V re = hn::Add(hn::Mul(dividend.re, divisor.re), hn::Mul(dividend.im, divisor.im));
-    const V im = hn::Sub(hn::Mul(dividend.im, divisor.re), hn::Mul(dividend.re, divisor.im));
-    return {hn::Mul(re, scale), hn::Mul(im, scale)};
 }
 
 template <class Tag>
@@ -87,18 +75,17 @@ HWY_INLINE auto load_widened(Tag tag, const complex32f* a) {
     return complex_vector<decltype(hn::Zero(tag))>{hn::PromoteTo(tag, x.re), hn::PromoteTo(tag, x.im)};
 }
 
-template <class Tag, class V>
-HWY_INLINE void store_narrowed(Tag, complex_vector<V> x, complex32f* d) {
-    const hn::Rebind<float, Tag> narrow;
-    hn::StoreInterleaved2(hn::DemoteTo(narrow, x.re), hn::DemoteTo(narrow, x.im), narrow, parts(d));
-}
-
+// Products of two floats are exact in double and can neither overflow nor vanish there.
 void divide(const complex32f* a, const complex32f* b, complex32f* d, std::size_t n) {
     for_each_vector<double, 2>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        const auto divisor = load_widened(tag, a + i);
-        const auto size = hn::Add(hn::Mul(divisor.re, divisor.re), hn::Mul(divisor.im, divisor.im));
+        const hn::Rebind<float, decltype(tag)> narrow;
+        const auto x = load_widened(tag, a + i);
+        const auto y = load_widened(tag, b + i);
+        const auto size = hn::Add(hn::Mul(x.re, x.re), hn::Mul(x.im, x.im));
         const auto scale = hn::Div(hn::Set(tag, 1.0), size);
-        store_narrowed(tag, scaled_quotient(load_widened(tag, b + i), divisor, scale), d + i);
+        const auto re = hn::Mul(hn::Add(hn::Mul(y.re, x.re), hn::Mul(y.im, x.im)), scale);
+        const auto im = hn::Mul(hn::Sub(hn::Mul(y.im, x.re), hn::Mul(y.re, x.im)), scale);
+        hn::StoreInterleaved2(hn::DemoteTo(narrow, re), hn::DemoteTo(narrow, im), narrow, parts(d + i));
     });
 }
 
@@ -106,20 +93,24 @@ void divide_by_constant(const complex32f* a, complex32f* d, complex32f c, std::s
     const double re = c.re;
     const double im = c.im;
     const double scale = 1.0 / (re * re + im * im);
-    for_each_vector<double, 2>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        const complex_vector<decltype(hn::Zero(tag))> divisor = {hn::Set(tag, re), hn::Set(tag, im)};
-        store_narrowed(tag, scaled_quotient(load_widened(tag, a + i), divisor, hn::Set(tag, scale)), d + i);
+    for_each_vector<double, 2, 2>(2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
+        const hn::Rebind<float, decltype(tag)> narrow;
+        const auto x = hn::PromoteTo(tag, hn::LoadU(narrow, parts(a) + i));
+        const auto straight = hn::Mul(x, hn::Set(tag, re));
+        const auto crossed = hn::Mul(hn::Shuffle01(x), hn::OddEven(hn::Set(tag, -im), hn::Set(tag, im)));
+        const auto quotient = hn::Mul(hn::Add(straight, crossed), hn::Set(tag, scale));
+        hn::StoreU(hn::DemoteTo(narrow, quotient), narrow, parts(d) + i);
     });
 }
 
 void join(const float* re, const float* im, complex32f* d, std::size_t n) {
-    for_each_vector<float, 2>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         hn::StoreInterleaved2(hn::LoadU(tag, re + i), hn::LoadU(tag, im + i), tag, parts(d + i));
     });
 }
 
 void split(const complex32f* a, float* re, float* im, std::size_t n) {
-    for_each_vector<float, 2>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         const auto x = load(tag, a + i);
         hn::StoreU(x.re, tag, re + i);
         hn::StoreU(x.im, tag, im + i);
@@ -128,7 +119,7 @@ void split(const complex32f* a, float* re, float* im, std::size_t n) {
 
 template <class Operation>
 HWY_INLINE void map_to_float(const complex32f* a, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, 2>(n, [=](auto tag, std::size_t i)
+    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i)
                                      HWY_ATTR { hn::StoreU(operation(load(tag, a + i)), tag, d + i); });
 }
 

@@ -11,8 +11,8 @@
 /// On processors other than x86-64 and 64-bit Arm it does nothing.
 class flush_to_zero {
 public:
-    flush_to_zero() : m_host_setting(control()) { set_control(m_host_setting | flush_bits); }
-    ~flush_to_zero() { set_control(m_host_setting); }
+    flush_to_zero() : host_setting_(control()) { set_control(host_setting_ | flush_bits); }
+    ~flush_to_zero() { set_control(host_setting_); }
 
     flush_to_zero(const flush_to_zero&) = delete;
     flush_to_zero& operator=(const flush_to_zero&) = delete;
@@ -47,5 +47,5 @@ private:
     static void set_control(control_word) {}
 #endif
 
-    control_word m_host_setting;
+    control_word host_setting_;
 };

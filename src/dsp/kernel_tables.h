@@ -24,11 +24,11 @@ const conversion_kernels& conversion_kernels_of(std::int64_t target);
 
 /// The entry of a table that HWY_EXPORT made, without touching Highway's own process-wide choice, which the
 /// host may be using too.
-template <class Kernels, std::size_t size>
-const Kernels& kernels_of(const Kernels& (*const (&exported)[size])(), std::int64_t target) {
+template <class Kernels, std::size_t Size>
+const Kernels& kernels_of(const Kernels& (*const (&exported)[Size])(), std::int64_t target) {
     hwy::ChosenTarget chosen;
     chosen.Update(target);
-    return exported[size == 1 ? 0 : chosen.GetIndex()](); // one entry: the processor family has one target
+    return exported[Size == 1 ? 0 : chosen.GetIndex()](); // one entry: the processor family has one target
 }
 
 } // namespace quenlis

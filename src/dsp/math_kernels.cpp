@@ -32,10 +32,10 @@ using namespace coefficients;
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
-template <class Tag, class Number, std::size_t terms, class V>
-HWY_INLINE V polynomial(Tag tag, const Number (&series)[terms], V x) {
-    V value = hn::Set(tag, series[terms - 1]);
-    for (std::size_t i = terms - 1; i-- > 0;)
+template <class Tag, class Number, std::size_t Terms, class V>
+HWY_INLINE V polynomial(Tag tag, const Number (&series)[Terms], V x) {
+    V value = hn::Set(tag, series[Terms - 1]);
+    for (std::size_t i = Terms - 1; i-- > 0;)
         value = hn::Add(hn::Mul(value, x), hn::Set(tag, series[i]));
     return value;
 }

@@ -7,7 +7,7 @@ namespace {
 
 void set(complex32f* x, complex32f c, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
-        x[i] = c;
+        x[i] = {c.re, c.im};
 }
 
 complex32f product(complex32f a, complex32f b) {

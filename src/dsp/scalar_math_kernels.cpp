@@ -27,10 +27,10 @@ To bits_as(From from) {
     return to;
 }
 
-template <class Number, std::size_t terms>
-Number polynomial(const Number (&series)[terms], Number x) {
-    Number value = series[terms - 1];
-    for (std::size_t i = terms - 1; i-- > 0;)
+template <class Number, std::size_t Terms>
+Number polynomial(const Number (&series)[Terms], Number x) {
+    Number value = series[Terms - 1];
+    for (std::size_t i = Terms - 1; i-- > 0;)
         value = value * x + series[i];
     return value;
 }
@@ -49,7 +49,7 @@ float log10_of(float x) {
     const auto bits = bits_as<std::uint32_t>(denormal ? x * denormal_scale : x) + (one_f32 - sqrt_half_f32);
     const float exponent =
         static_cast<float>(static_cast<std::int32_t>(bits >> 23)) - (denormal ? 152.0F : 127.0F);
-    const float m = bits_as<float>((bits & mantissa_f32) + sqrt_half_f32);
+    const auto m = bits_as<float>((bits & mantissa_f32) + sqrt_half_f32);
     const float s = (m - 1.0F) / (m + 1.0F);
     const float value = exponent * log10_of_2 + s * polynomial(log10_series, s * s);
     const float finite_or_not = x < infinity ? value : x;
@@ -59,8 +59,8 @@ float log10_of(float x) {
 /// Of a positive number that was a float. Infinity and NaN pass.
 double log2_of(double x) {
     const auto bits = bits_as<std::uint64_t>(x) + (one_f64 - sqrt_half_f64);
-    const double exponent = bits_as<double>((bits >> 52) | two_to_52_f64) - (4503599627370496.0 + 1023.0);
-    const double m = bits_as<double>((bits & mantissa_f64) + sqrt_half_f64);
+    const auto exponent = bits_as<double>((bits >> 52) | two_to_52_f64) - (4503599627370496.0 + 1023.0);
+    const auto m = bits_as<double>((bits & mantissa_f64) + sqrt_half_f64);
     const double s = (m - 1.0) / (m + 1.0);
     const double value = exponent + s * polynomial(log2_series, s * s);
     return x < infinity ? value : x;
@@ -73,7 +73,7 @@ double exp2_of(double x) {
     const double y = upper < -limit ? -limit : upper;
     const double shifted = y + rounding_shift;
     const double f = y - (shifted - rounding_shift);
-    const double power = bits_as<double>((bits_as<std::uint64_t>(shifted) << 52) + one_f64);
+    const auto power = bits_as<double>((bits_as<std::uint64_t>(shifted) << 52) + one_f64);
     return (1.0 + f * polynomial(exp2_series, f)) * power;
 }
 

@@ -16,22 +16,23 @@ namespace quenlis {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Calls step(tag, i) for the elements from 0 to n - 1: `unrolled` whole vectors of `Element` at a time, then
-/// one at a time, then element by element. A step handles Lanes(tag) elements from index i on. Nothing past
-/// the end is touched, and each element sees the same operations whichever part it falls into.
-template <class Element, std::size_t unrolled, class Step>
+/// Calls step(tag, i) for the elements from 0 to n - 1: `Unrolled` whole vectors of `Element` at a time, then
+/// one at a time, then `Group` elements at a time, of which n is a multiple. A step handles Lanes(tag)
+/// elements from index i on. Nothing past the end is touched, and each element sees the same operations
+/// whichever part it falls into.
+template <class Element, std::size_t Unrolled, std::size_t Group = 1, class Step>
 HWY_INLINE void for_each_vector(std::size_t n, Step step) {
     const hn::ScalableTag<Element> whole;
-    const hn::CappedTag<Element, 1> single;
+    const hn::CappedTag<Element, Group> last;
     const std::size_t lanes = hn::Lanes(whole);
     std::size_t i = 0;
-    for (; n - i >= unrolled * lanes; i += unrolled * lanes)
-        for (std::size_t k = 0; k < unrolled; ++k)
+    for (; n - i >= Unrolled * lanes; i += Unrolled * lanes)
+        for (std::size_t k = 0; k < Unrolled; ++k)
             step(whole, i + k * lanes);
     for (; n - i >= lanes; i += lanes)
         step(whole, i);
-    for (; i < n; ++i)
-        step(single, i);
+    for (; i < n; i += Group)
+        step(last, i);
 }
 
 /// a where a > b, else b; so b where either is NaN.

@@ -6,7 +6,7 @@
 //
 // What holds for every function here unless its line says otherwise:
 //  - `n` counts elements (a complex value is one element). A null pointer, or `n` of zero or less, does
-//  nothing.
+//    nothing.
 //  - Pointers need no alignment. Nothing in front of or behind the `n` elements is read or written.
 //  - The destination may be the very same array as a source; otherwise arrays must not overlap.
 //  - Nothing allocates, locks, logs or keeps state, so any thread may call at any time.
@@ -27,8 +27,7 @@ static_assert(sizeof(complex32f) == 2 * sizeof(float), "arrays of complex32f dou
 /// another thread uses the layer: the caller guards it. Calling it again changes nothing.
 void qnl_start_vector_layer();
 
-// ---- Allocation
-// --------------------------------------------------------------------------------------------
+// ---- Allocation ---------------------------------------------------------------------------------------
 
 /// Storage for `n` elements, aligned to 64 bytes, not cleared; to be given back with qnl_free.
 /// Null when `n` is zero or negative, when the size in bytes would pass 2147483647, and when the heap is
@@ -55,8 +54,7 @@ qnl_buffer_32f qnl_make_buffer_32f(int n);
 qnl_buffer_16s qnl_make_buffer_16s(int n);
 qnl_buffer_32fc qnl_make_buffer_32fc(int n);
 
-// ---- Setting and moving
-// ------------------------------------------------------------------------------------
+// ---- Setting and moving -------------------------------------------------------------------------------
 
 void qnl_set(float* x, float c, int n); ///< x[i] = c
 void qnl_set(complex32f* x, complex32f c, int n);
@@ -77,8 +75,7 @@ void qnl_move(const complex32f* a, complex32f* d, int n);
 void qnl_shift_and_clear(float* x, int shift, int n);
 void qnl_shift_and_clear(complex32f* x, int shift, int n);
 
-// ---- Arithmetic
-// --------------------------------------------------------------------------------------------
+// ---- Arithmetic ---------------------------------------------------------------------------------------
 
 void qnl_add(const float* a, const float* b, float* d, int n); ///< d[i] = a[i] + b[i]
 void qnl_add(const complex32f* a, const complex32f* b, complex32f* d, int n);
@@ -126,8 +123,7 @@ void qnl_sqrt_I(float* x, int n); ///< correctly rounded; NaN for a negative val
 /// d[i] = a[i] when a[i] > b[i], else b[i]; so where either is NaN, b[i].
 void qnl_max_every(const float* a, const float* b, float* d, int n);
 
-// ---- Mathematical functions
-// --------------------------------------------------------------------------------
+// ---- Mathematical functions ---------------------------------------------------------------------------
 
 void qnl_tanh(const float* a, float* d, int n);  ///< within 1e-6 relative; odd; magnitude never above 1
 void qnl_log10(const float* a, float* d, int n); ///< within 1e-6; zero gives -infinity, a negative value NaN
@@ -140,8 +136,7 @@ void qnl_pow(const float* a, const float* b, float* d, int n);
 void qnl_constant_to_power(const float* a, float* d, float c, int n);
 void qnl_constant_to_power_I(float* x, float c, int n);
 
-// ---- Complex values and their parts
-// ------------------------------------------------------------------------
+// ---- Complex values and their parts -------------------------------------------------------------------
 
 void qnl_real_to_complex(const float* re, const float* im, complex32f* d, int n);
 void qnl_complex_to_real(const complex32f* a, float* re, float* im, int n);
@@ -183,8 +178,7 @@ void qnl_power_dB_to_linear_I(float* x, int n); ///< x[i] = 10 to the power (x[i
 /// n squared is taken once, as a float; for `n` above 46340 the integer product wraps to 32 bits.
 void qnl_power_spectrum_dB(const complex32f* a, float* d, int n);
 
-// ---- Windows and planar stereo
-// -----------------------------------------------------------------------------
+// ---- Windows and planar stereo ------------------------------------------------------------------------
 
 /// Multiplies by the symmetric Hann window 0.5 - 0.5 cos(2 pi k / (n - 1)), whose ends are exactly 0.
 /// A count below 3 leaves `x` unchanged.
@@ -198,8 +192,7 @@ void convert_stereo_to_mono(float* x, float gain, int n);
 /// left[i] += x[i] and right[i] += x[i]. The three arrays must not overlap.
 void qnl_mix_to_both_sides_I(float* x, float gain, float* left, float* right, int n);
 
-// ---- Scalars
-// -----------------------------------------------------------------------------------------------
+// ---- Scalars ------------------------------------------------------------------------------------------
 
 float lin2dB(float x); ///< 20 log10 x, by way of the natural logarithm
 float dB2lin(float x); ///< 10 to the power (x / 20), by way of the natural exponential

@@ -11,7 +11,7 @@
 ///
 /// It is taken through the guards below only, which live on the stack of one thread and end in reverse order.
 /// Never allocates. Exclusive locking does not nest: ask `held_by_this_thread` first where that can happen.
-class shared_lock {
+class nestable_shared_mutex {
 public:
     class shared_guard;
     class exclusive_guard;
@@ -27,19 +27,22 @@ private:
         guard& operator=(const guard&) = delete;
 
     protected:
-        explicit guard(shared_lock& lock) : lock_(lock), outer_(innermost_) {}
+        explicit guard(nestable_shared_mutex& lock) : lock_(lock), outer_(innermost_) {}
         ~guard() = default;
 
         void enter() { innermost_ = this; }
         void leave() { innermost_ = outer_; }
 
-        shared_lock& lock_;
+        nestable_shared_mutex& lock_;
 
     private:
-        friend class shared_lock;
-        static thread_local const guard* innermost_;
+        friend class nestable_shared_mutex;
+        // Laid out at load time: reaching it never allocates, also in a library that was opened late.
+        static thread_local const guard* innermost_ __attribute__((tls_model("initial-exec")));
         const guard* const outer_;
     };
+
+    void wait_for_turn();
 
     std::shared_mutex mutex_;
     std::mutex gate_; // held by the exclusive caller whose turn is next
@@ -47,9 +50,9 @@ private:
 };
 
 /// Holds the lock shared for its own lifetime.
-class shared_lock::shared_guard : private guard {
+class nestable_shared_mutex::shared_guard : private guard {
 public:
-    explicit shared_guard(shared_lock& lock);
+    explicit shared_guard(nestable_shared_mutex& lock);
     ~shared_guard();
 
 private:
@@ -57,8 +60,8 @@ private:
 };
 
 /// Holds the lock exclusively for its own lifetime.
-class shared_lock::exclusive_guard : private guard {
+class nestable_shared_mutex::exclusive_guard : private guard {
 public:
-    explicit exclusive_guard(shared_lock& lock);
+    explicit exclusive_guard(nestable_shared_mutex& lock);
     ~exclusive_guard();
 };

@@ -23,9 +23,9 @@ bool is_heading(qnl_heading heading) {
 
 /// Runs an operation under the shared lock; a failure becomes its result.
 template <class Operation>
-qnl_error_code quenlis_sound_manager::shared(Operation operation) {
+qnl_error_code quenlis_sound_manager::under_shared_lock(Operation operation) {
     try {
-        const shared_lock::shared_guard lock(manager_mutex_);
+        const nestable_shared_mutex::shared_guard lock(manager_mutex_);
         return operation();
     } catch (const quenlis_exception& failure) {
         return failure.code();
@@ -35,13 +35,13 @@ qnl_error_code quenlis_sound_manager::shared(Operation operation) {
 /// The same under the exclusive lock. From inside an observer it would wait for itself, so it is refused
 /// there.
 template <class Operation>
-qnl_error_code quenlis_sound_manager::exclusive(Operation operation) {
+qnl_error_code quenlis_sound_manager::under_exclusive_lock(Operation operation) {
     try {
         if (manager_mutex_.held_by_this_thread())
             throw quenlis_exception(
                 QNL_LOG_WARNING, QNL_ERROR_INVALID_CONTROL,
                 "An event manager must not create or destroy rooms or change room layouts");
-        const shared_lock::exclusive_guard lock(manager_mutex_);
+        const nestable_shared_mutex::exclusive_guard lock(manager_mutex_);
         return operation();
     } catch (const quenlis_exception& failure) {
         return failure.code();
@@ -54,23 +54,23 @@ void quenlis_sound_manager::notify(Event event) {
         event(*manager);
 }
 
-std::vector<std::unique_ptr<quenlis_room>>::iterator quenlis_sound_manager::find_room(int32_t room_id) {
+quenlis_sound_manager::room_list::iterator quenlis_sound_manager::find_room(int32_t room_id) {
     return std::find_if(rooms_.begin(), rooms_.end(),
                         [room_id](const auto& r) { return r->id() == room_id; });
 }
 
-quenlis_room& quenlis_sound_manager::room(int32_t room_id) {
+quenlis_sound_manager::room_list::iterator quenlis_sound_manager::find_existing_room(int32_t room_id) {
     const auto found = find_room(room_id);
     if (found == rooms_.end())
         throw quenlis_exception(QNL_LOG_WARNING, QNL_ERROR_INVALID_ROOM_ID, "Room %d does not exist.",
                                 room_id);
-    return **found;
+    return found;
 }
 
 // ---- Rooms and participants
 
 qnl_error_code quenlis_sound_manager::create_room(int32_t room_id) {
-    return exclusive([&] {
+    return under_exclusive_lock([&] {
         if (find_room(room_id) != rooms_.end())
             throw quenlis_exception(QNL_LOG_WARNING, QNL_ERROR_INVALID_ROOM_ID, "Room %i already exists",
                                     room_id);
@@ -82,9 +82,8 @@ qnl_error_code quenlis_sound_manager::create_room(int32_t room_id) {
 }
 
 qnl_error_code quenlis_sound_manager::destroy_room(int32_t room_id) {
-    return exclusive([&] {
-        room(room_id);
-        rooms_.erase(find_room(room_id));
+    return under_exclusive_lock([&] {
+        rooms_.erase(find_existing_room(room_id));
         notify([&](qnl_event_manager& observer) { observer.destroy_room_event(room_id); });
         logger().log(QNL_LOG_INFO, "Room %i was destroyed", room_id);
         return QNL_ERROR_NONE;
@@ -95,7 +94,7 @@ qnl_error_code quenlis_sound_manager::add_participant(int32_t room_id, int32_t p
                                                       const char* name,
                                                       qnl_participant_configuration config) {
     const char* const given_name = name != nullptr ? name : "";
-    return shared([&] {
+    return under_shared_lock([&] {
         const qnl_error_code code = room(room_id).add_participant(config, participant_id, given_name);
         notify([&](qnl_event_manager& observer) {
             observer.add_participant_event(room_id, participant_id, given_name, config);
@@ -107,7 +106,7 @@ qnl_error_code quenlis_sound_manager::add_participant(int32_t room_id, int32_t p
 }
 
 qnl_error_code quenlis_sound_manager::remove_participant(int32_t room_id, int32_t participant_id) {
-    return shared([&] {
+    return under_shared_lock([&] {
         const qnl_error_code code = room(room_id).remove_participant(participant_id);
         notify(
             [&](qnl_event_manager& observer) { observer.remove_participant_event(room_id, participant_id); });
@@ -121,13 +120,13 @@ qnl_error_code quenlis_sound_manager::remove_participant(int32_t room_id, int32_
 qnl_error_code quenlis_sound_manager::input_audio(int32_t room_id, int32_t participant_id, const void* audio,
                                                   int32_t frames, quenlis_data_type type) {
     const flush_to_zero guard;
-    return shared([&] { return room(room_id).input(audio, frames, participant_id, type); });
+    return under_shared_lock([&] { return room(room_id).input(audio, frames, participant_id, type); });
 }
 
 qnl_error_code quenlis_sound_manager::output_audio(int32_t room_id, int32_t participant_id, void* output,
                                                    quenlis_data_type type) {
     const flush_to_zero guard;
-    return shared([&] { return room(room_id).output(output, participant_id, type); });
+    return under_shared_lock([&] { return room(room_id).output(output, participant_id, type); });
 }
 
 qnl_error_code quenlis_sound_manager::input_audio_short(int32_t room_id, int32_t participant_id,
@@ -161,14 +160,14 @@ qnl_error_code quenlis_sound_manager::output_audio_double(int32_t room_id, int32
 }
 
 qnl_error_code quenlis_sound_manager::flush_audio(int32_t room_id, int32_t participant_id) {
-    return shared([&] { return room(room_id).flush(participant_id); });
+    return under_shared_lock([&] { return room(room_id).flush(participant_id); });
 }
 
 // ---- Controls, names and places
 
 qnl_error_code quenlis_sound_manager::set_participant_state(int32_t room_id, int32_t participant_id,
                                                             qnl_audio_control control, int32_t value) {
-    return shared([&] {
+    return under_shared_lock([&] {
         // Observers and log hear of a returned refusal as well: the value has been stored.
         const qnl_error_code code = room(room_id).set_participant_state(participant_id, control, value);
         notify([&](qnl_event_manager& observer) {
@@ -182,7 +181,7 @@ qnl_error_code quenlis_sound_manager::set_participant_state(int32_t room_id, int
 
 qnl_error_code quenlis_sound_manager::set_all_participants_state(int32_t room_id, qnl_audio_control control,
                                                                  int32_t value) {
-    return shared([&] {
+    return under_shared_lock([&] {
         const qnl_error_code code = room(room_id).set_all_participants_state(control, value);
         notify([&](qnl_event_manager& observer) {
             observer.set_all_participants_state_event(room_id, control, value);
@@ -194,7 +193,7 @@ qnl_error_code quenlis_sound_manager::set_all_participants_state(int32_t room_id
 }
 
 qnl_error_code quenlis_sound_manager::set_room_layout(int32_t room_id, int32_t layout_id) {
-    return exclusive([&] {
+    return under_exclusive_lock([&] {
         quenlis_room& changed = room(room_id);
         const quenlis_room_layout* const layout = get_room_layout(layout_id);
         if (layout == nullptr)
@@ -209,7 +208,7 @@ qnl_error_code quenlis_sound_manager::set_room_layout(int32_t room_id, int32_t l
 
 qnl_error_code quenlis_sound_manager::set_participant_seat(int32_t room_id, int32_t participant_id,
                                                            int32_t seat_index) {
-    return shared([&] {
+    return under_shared_lock([&] {
         quenlis_room& seated = room(room_id);
         const qnl_error_code code = seated.set_participant_seat(participant_id, seat_index);
         const qnl_seat seat = seated.get_participant_seat(participant_id);
@@ -224,7 +223,7 @@ qnl_error_code quenlis_sound_manager::set_participant_seat(int32_t room_id, int3
 
 qnl_error_code quenlis_sound_manager::set_participant_position(int32_t room_id, int32_t participant_id,
                                                                qnl_position position, qnl_heading heading) {
-    return shared([&] {
+    return under_shared_lock([&] {
         if (!is_heading(heading))
             throw quenlis_exception(
                 QNL_LOG_WARNING, QNL_ERROR_INVALID_HEADING,
@@ -245,7 +244,7 @@ qnl_error_code quenlis_sound_manager::set_participant_position(int32_t room_id, 
 
 qnl_error_code quenlis_sound_manager::set_participant_name(int32_t room_id, int32_t participant_id,
                                                            const char* name) {
-    return shared([&] {
+    return under_shared_lock([&] {
         if (name == nullptr)
             throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_DATA_NULL, "Your name variable was NULL");
         const qnl_error_code code = room(room_id).set_name(participant_id, name);
@@ -261,6 +260,10 @@ qnl_error_code quenlis_sound_manager::add_event_manager(void* event_manager) {
     if (event_manager == nullptr) {
         logger().log(QNL_LOG_ERROR, "The event manager provided was NULL");
         return QNL_ERROR_DATA_NULL;
+    }
+    if (manager_mutex_.held_by_this_thread()) {
+        logger().log(QNL_LOG_WARNING, "An event manager must not add event managers");
+        return QNL_ERROR_INVALID_CONTROL;
     }
     event_managers_.push_back(static_cast<qnl_event_manager*>(event_manager));
     return QNL_ERROR_NONE;
@@ -288,7 +291,7 @@ qnl_error_code quenlis_sound_manager::get_participant_state(int32_t room_id, int
     if (value == nullptr)
         return QNL_ERROR_DATA_NULL;
     *value = 0;
-    return shared([&] {
+    return under_shared_lock([&] {
         *value = room(room_id).get_participant_state(control, participant_id);
         return QNL_ERROR_NONE;
     });
@@ -301,14 +304,14 @@ qnl_error_code quenlis_sound_manager::get_room_count(int* room_count) {
                      "to qnl_get_room_count.");
         return QNL_ERROR_DATA_NULL;
     }
-    return shared([&] {
+    return under_shared_lock([&] {
         *room_count = static_cast<int>(rooms_.size());
         return QNL_ERROR_NONE;
     });
 }
 
 qnl_error_code quenlis_sound_manager::get_participant_count(int32_t room_id, int* participant_count) {
-    return shared([&] {
+    return under_shared_lock([&] {
         if (participant_count == nullptr)
             throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_DATA_NULL,
                                     "Your participant_count variable was NULL");
@@ -321,7 +324,7 @@ qnl_error_code quenlis_sound_manager::get_layout_of_room(int32_t room_id, int* l
     if (layout_id == nullptr)
         return QNL_ERROR_DATA_NULL;
     *layout_id = 0;
-    return shared([&] {
+    return under_shared_lock([&] {
         *layout_id = room(room_id).get_room_layout();
         return QNL_ERROR_NONE;
     });
@@ -329,7 +332,7 @@ qnl_error_code quenlis_sound_manager::get_layout_of_room(int32_t room_id, int* l
 
 qnl_error_code quenlis_sound_manager::get_participant_configuration(int32_t room_id, int32_t participant_id,
                                                                     qnl_participant_configuration* config) {
-    return shared([&] {
+    return under_shared_lock([&] {
         if (config == nullptr)
             throw quenlis_exception(QNL_LOG_ERROR, QNL_ERROR_DATA_NULL, "Your config variable was NULL");
         *config = unknown_participant_configuration();
@@ -343,7 +346,7 @@ qnl_error_code quenlis_sound_manager::get_participant_seat(int32_t room_id, int3
     if (seat == nullptr)
         return QNL_ERROR_DATA_NULL;
     *seat = {};
-    return shared([&] {
+    return under_shared_lock([&] {
         *seat = room(room_id).get_participant_seat(participant_id);
         return QNL_ERROR_NONE;
     });
@@ -354,7 +357,7 @@ qnl_error_code quenlis_sound_manager::get_participant_position(int32_t room_id, 
     if (position == nullptr || heading == nullptr)
         return QNL_ERROR_DATA_NULL;
     *position = {};
-    return shared([&] {
+    return under_shared_lock([&] {
         const qnl_seat seat = room(room_id).get_participant_seat(participant_id);
         *position = seat.position;
         *heading = seat.heading;
@@ -368,14 +371,14 @@ qnl_error_code quenlis_sound_manager::get_participant_spherical(int32_t room_id,
     if (azimuth == nullptr || elevation == nullptr || distance == nullptr)
         return QNL_ERROR_DATA_NULL;
     *azimuth = *elevation = *distance = 0;
-    return shared([&] {
+    return under_shared_lock([&] {
         return room(room_id).get_participant_spherical(listener_id, source_id, azimuth, elevation, distance);
     });
 }
 
 std::string quenlis_sound_manager::get_participant_name(int32_t room_id, int32_t participant_id) {
     std::string name;
-    shared([&] {
+    under_shared_lock([&] {
         name = room(room_id).get_name(participant_id);
         return QNL_ERROR_NONE;
     });

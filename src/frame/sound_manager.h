@@ -82,7 +82,7 @@ public:
     /// The name, empty when there is no such room or participant.
     std::string get_participant_name(int32_t room_id, int32_t participant_id);
 
-    /// Takes no lock. @param event_manager  a qnl_event_manager, borrowed
+    /// Takes no lock; refused from inside an observer. @param event_manager  a qnl_event_manager, borrowed
     qnl_error_code add_event_manager(void* event_manager);
     qnl_error_code enable_websockets(bool enable);
     qnl_error_code send_custom_websocket_event(int32_t room_id, const char* event);
@@ -93,12 +93,14 @@ private:
     void read_room_layouts(const char* path);
     void init_room_layouts();
 
-    std::vector<std::unique_ptr<quenlis_room>>::iterator find_room(int32_t room_id);
-    quenlis_room& room(int32_t room_id);
+    using room_list = std::vector<std::unique_ptr<quenlis_room>>;
+    room_list::iterator find_room(int32_t room_id);
+    room_list::iterator find_existing_room(int32_t room_id);
+    quenlis_room& room(int32_t room_id) { return **find_existing_room(room_id); }
     template <class Operation>
-    qnl_error_code shared(Operation operation);
+    qnl_error_code under_shared_lock(Operation operation);
     template <class Operation>
-    qnl_error_code exclusive(Operation operation);
+    qnl_error_code under_exclusive_lock(Operation operation);
     template <class Event>
     void notify(Event event);
 
@@ -112,9 +114,9 @@ private:
     // Place of the control server object.
     std::vector<std::unique_ptr<quenlis_room_layout>> room_layouts_;
     const quenlis_room_layout* default_room_layout_ = nullptr;
-    quenlis_common_object common_{};                   // outlives the rooms, which point at it
-    std::vector<std::unique_ptr<quenlis_room>> rooms_; // in order of creation
-    shared_lock manager_mutex_;
+    quenlis_common_object common_{}; // outlives the rooms, which point at it
+    room_list rooms_;                // in order of creation
+    nestable_shared_mutex manager_mutex_;
     nlohmann::json room_layouts_document_;
     std::string room_layouts_text_;
 };

@@ -33,9 +33,8 @@ public:
 
     /// Queues a copy of a talker's block, scaled by `gain`. A talker's thread.
     ///
-    /// @param block  room for N frames of two channels, planar, of which the source's channels are read: an
-    /// id
-    ///               that was removed and added anew may still stand for its former channel count
+    /// @param block  room for N frames of two channels, planar, of which the source's channels are read:
+    ///               an id that was removed and added anew may still stand for its former channel count
     /// @return 1 when the source exists, else 0
     /// Allocates the next block of the queue; when memory is exhausted the block is dropped.
     int32_t input_audio(int32_t id, const float* block, float gain);

@@ -7,6 +7,7 @@
 #include "kit/log_capture.h"
 #include "kit/temporary_directory.h"
 
+#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -183,7 +184,7 @@ TEST(RoomLayoutFile, FallsBackFromAnythingBroken) {
     const std::string good = test_kit::row_layout(2);
     const std::string deep(300, '[');
     for (const std::string& bytes :
-         {std::string(), std::string("{"), good.substr(0, good.size() - 1), good + "x",
+         {std::string(), std::string("{"), good.substr(0, good.size() - 1), good + "x", good + '\0',
           deep + std::string(300, ']'), std::string("{\"default\":\"\xff\",\"room_list\":{}}"),
           std::string("\0\0\0", 3), std::string(R"({"default":1,"room_list":{}})"),
           std::string(R"({"default":"0","room_list":[{}]})")})
@@ -207,6 +208,20 @@ TEST(RoomLayoutFile, CountsTheLevelsOfNesting) {
     EXPECT_THAT(lines_of_start_with(nested(256)), Contains(HasSubstr("names no entry")))
         << "256 levels parse";
     EXPECT_THAT(lines_of_start_with(nested(257)), ElementsAre(fallback_line));
+}
+
+TEST(RoomLayoutFile, OfAnySizeIsReadInProportionalTime) {
+    std::string seats = R"({"x":0,"y":0,"z":0})";
+    for (int seat = 0; seat < 80000; ++seat)
+        seats += R"(,{"x":1,"y":2,"z":3})";
+    const std::string layout = good_layout().dump();
+    const std::string large =
+        R"({"default":"row","room_list":{"row":)" + layout + R"(},"extra":[)" + seats + "]}";
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THAT(lines_of_start_with(large), IsEmpty());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5))
+        << "squared, it takes minutes";
+    EXPECT_THAT(lines_of_start_with(std::string((size_t{64} << 20) + 1, ' ')), ElementsAre(fallback_line));
 }
 
 TEST(RoomLayoutFile, NeedsAReadableFile) {

@@ -47,15 +47,15 @@ template <class Element>
 class source_block {
 public:
     source_block(const Element* content, int n, int offset)
-        : m_block(static_cast<std::size_t>(n + offset)), m_offset(offset) {
+        : block_(static_cast<std::size_t>(n + offset)), offset_(offset) {
         if (n > 0)
             std::memcpy(data(), content, static_cast<std::size_t>(n) * sizeof(Element));
     }
-    Element* data() { return m_block.data() + m_offset; }
+    Element* data() { return block_.data() + offset_; }
 
 private:
-    std::vector<Element> m_block;
-    int m_offset;
+    std::vector<Element> block_;
+    int offset_;
 };
 
 /// `n` destination elements between two walls that must stand.
@@ -63,19 +63,19 @@ template <class Element>
 class guarded_block {
 public:
     guarded_block(int n, int offset)
-        : m_block(static_cast<std::size_t>(n + 2 * wall + offset), brick()),
-          m_start(wall + offset),
-          m_count(n) {}
+        : block_(static_cast<std::size_t>(n + 2 * wall + offset), brick()),
+          start_(wall + offset),
+          count_(n) {}
     guarded_block(const Element* content, int n, int offset) : guarded_block(n, offset) {
         if (n > 0)
             std::memcpy(data(), content, static_cast<std::size_t>(n) * sizeof(Element));
     }
-    Element* data() { return m_block.data() + m_start; }
+    Element* data() { return block_.data() + start_; }
     bool walls_stand() const {
-        for (std::size_t i = 0; i < m_block.size(); ++i) {
+        for (std::size_t i = 0; i < block_.size(); ++i) {
             const bool inside =
-                i >= static_cast<std::size_t>(m_start) && i < static_cast<std::size_t>(m_start + m_count);
-            if (!inside && !same_bits(m_block[i], brick()))
+                i >= static_cast<std::size_t>(start_) && i < static_cast<std::size_t>(start_ + count_);
+            if (!inside && !same_bits(block_[i], brick()))
                 return false;
         }
         return true;
@@ -85,9 +85,9 @@ private:
     static constexpr int wall = 32;
     static constexpr Element brick() { return static_cast<Element>(-12345); }
 
-    std::vector<Element> m_block;
-    int m_start;
-    int m_count;
+    std::vector<Element> block_;
+    int start_;
+    int count_;
 };
 
 /// Values of all sizes and signs; every sixth or so is one of those on which arithmetic turns.

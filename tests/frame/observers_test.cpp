@@ -140,6 +140,7 @@ public:
         EXPECT_EQ(qnl_get_participant_count(handle_, room, &count_), QNL_ERROR_NONE)
             << "in an exclusive operation";
         nested_code_ = qnl_create_room(handle_, room + 1);
+        EXPECT_EQ(qnl_add_event_manager(handle_, this), QNL_ERROR_INVALID_CONTROL);
     }
     void set_name_event(int room, int id, const char* /*name*/) override {
         std::thread writer([&] { qnl_create_room(handle_, 50); }); // waits for this operation to end

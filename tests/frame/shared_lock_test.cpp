@@ -23,17 +23,18 @@ bool comes_true(Condition condition) {
 }
 
 TEST(SharedLock, SharedLockingNestsWhileAnExclusiveCallerWaits) {
-    shared_lock lock;
+    nestable_shared_mutex lock;
     std::atomic<bool> held_exclusively{false};
     std::thread writer;
     {
-        const shared_lock::shared_guard outer(lock);
+        const nestable_shared_mutex::shared_guard outer(lock);
         writer = std::thread([&] {
-            const shared_lock::exclusive_guard guard(lock);
+            const nestable_shared_mutex::exclusive_guard guard(lock);
             held_exclusively = true;
         });
         std::this_thread::sleep_for(50ms);
-        const shared_lock::shared_guard inner(lock); // would wait for ever behind the writer otherwise
+        const nestable_shared_mutex::shared_guard inner(
+            lock); // would wait for ever behind the writer otherwise
         EXPECT_TRUE(lock.held_by_this_thread());
         EXPECT_FALSE(held_exclusively);
     }
@@ -43,18 +44,18 @@ TEST(SharedLock, SharedLockingNestsWhileAnExclusiveCallerWaits) {
 }
 
 TEST(SharedLock, SharedLockingNestsInsideTheOwnExclusiveLock) {
-    shared_lock lock;
-    const shared_lock other;
+    nestable_shared_mutex lock;
+    const nestable_shared_mutex other;
     std::atomic<bool> entered{false};
     std::thread reader;
     {
-        const shared_lock::exclusive_guard outer(lock);
+        const nestable_shared_mutex::exclusive_guard outer(lock);
         {
-            const shared_lock::shared_guard inner(lock);
+            const nestable_shared_mutex::shared_guard inner(lock);
             EXPECT_FALSE(other.held_by_this_thread());
         }
         reader = std::thread([&] {
-            const shared_lock::shared_guard guard(lock);
+            const nestable_shared_mutex::shared_guard guard(lock);
             entered = true;
         });
         std::this_thread::sleep_for(30ms);
@@ -65,17 +66,17 @@ TEST(SharedLock, SharedLockingNestsInsideTheOwnExclusiveLock) {
 }
 
 TEST(SharedLock, ExclusiveCallersExcludeEverybody) {
-    shared_lock lock;
+    nestable_shared_mutex lock;
     int plain = 0; // a data race here is what ThreadSanitizer would see
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < 2000; ++i) {
                 if (t % 2 == 0) {
-                    const shared_lock::exclusive_guard guard(lock);
+                    const nestable_shared_mutex::exclusive_guard guard(lock);
                     ++plain;
                 } else {
-                    const shared_lock::shared_guard guard(lock);
+                    const nestable_shared_mutex::shared_guard guard(lock);
                     EXPECT_GE(plain, 0);
                 }
             }
@@ -87,13 +88,13 @@ TEST(SharedLock, ExclusiveCallersExcludeEverybody) {
 }
 
 TEST(SharedLock, AnExclusiveCallerDoesNotStarveUnderSteadyReaders) {
-    shared_lock lock;
+    nestable_shared_mutex lock;
     std::atomic<bool> stop{false};
     std::vector<std::thread> readers;
     for (int r = 0; r < 3; ++r) {
         readers.emplace_back([&] {
             while (!stop) {
-                const shared_lock::shared_guard guard(lock);
+                const nestable_shared_mutex::shared_guard guard(lock);
                 std::this_thread::sleep_for(2ms); // overlaps with the others, so somebody always holds it
             }
         });
@@ -101,7 +102,7 @@ TEST(SharedLock, AnExclusiveCallerDoesNotStarveUnderSteadyReaders) {
     std::atomic<int> entered{0};
     std::thread writer([&] {
         for (int i = 0; i < 20; ++i) {
-            const shared_lock::exclusive_guard guard(lock);
+            const nestable_shared_mutex::exclusive_guard guard(lock);
             ++entered;
         }
     });
