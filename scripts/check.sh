@@ -22,7 +22,7 @@ check_formatting() {
 # test framework take most of the time and hide what matters.
 check_tidy() {
     say "Configuring for clang-tidy"
-    cmake --preset tidy
+    cmake --fresh --preset tidy
     say "Running clang-tidy ($jobs jobs)"
     find src examples bench fuzz -name '*.cpp' -print0 |
         xargs -0 -P "$jobs" -n 1 clang-tidy -p build/tidy --quiet

@@ -71,6 +71,7 @@ build() {
     fi
     [ $# -eq 0 ] || targets=(--target "$@")
     say "Building ${*:-everything} (preset $preset, $jobs jobs)"
-    cmake --preset "$preset" "${launcher[@]}"
+    # Fresh: a changed compiler or a moved folder would otherwise leave half of an old configuration behind.
+    cmake --fresh --preset "$preset" "${launcher[@]}"
     cmake --build --preset "$preset" --parallel "$jobs" "${targets[@]}"
 }
