@@ -26,20 +26,20 @@ namespace {
 
 template <class Operation>
 HWY_INLINE void map(const float* a, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<float, 8>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         hn::StoreU(operation(tag, hn::LoadU(tag, a + i)), tag, d + i);
     });
 }
 
 template <class Operation>
 HWY_INLINE void map(const float* a, const float* b, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<float, 8>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         hn::StoreU(operation(tag, hn::LoadU(tag, a + i), hn::LoadU(tag, b + i)), tag, d + i);
     });
 }
 
 void set(float* x, float c, std::size_t n) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i)
+    for_each_vector<float, 8>(n, [=](auto tag, std::size_t i)
                                      HWY_ATTR { hn::StoreU(hn::Set(tag, c), tag, x + i); });
 }
 

@@ -16,10 +16,17 @@ namespace quenlis {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Calls step(tag, i) for the elements from 0 to n - 1: `Unrolled` whole vectors of `Element` at a time, then
-/// one at a time, then `Group` elements at a time, of which n is a multiple. A step handles Lanes(tag)
-/// elements from index i on. Nothing past the end is touched, and each element sees the same operations
-/// whichever part it falls into.
+template <std::size_t Count, class Tag, class Step>
+HWY_INLINE void step_over(Tag tag, std::size_t i, Step step) {
+    for (std::size_t k = 0; k < Count; ++k)
+        step(tag, i + k * hn::Lanes(tag));
+}
+
+/// Calls step(tag, i) for the elements from 0 to n - 1: `Unrolled` whole vectors of `Element` at a time, half
+/// as many once, then one at a time, then `Group` elements at a time, of which n is a multiple. A step
+/// handles Lanes(tag) elements from index i on. Nothing past the end is touched, and each element sees the
+/// same operations whichever part it falls into. Steps are taken in order: stores out of order cost twice the
+/// time.
 template <class Element, std::size_t Unrolled, std::size_t Group = 1, class Step>
 HWY_INLINE void for_each_vector(std::size_t n, Step step) {
     const hn::ScalableTag<Element> whole;
@@ -27,8 +34,13 @@ HWY_INLINE void for_each_vector(std::size_t n, Step step) {
     const std::size_t lanes = hn::Lanes(whole);
     std::size_t i = 0;
     for (; n - i >= Unrolled * lanes; i += Unrolled * lanes)
-        for (std::size_t k = 0; k < Unrolled; ++k)
-            step(whole, i + k * lanes);
+        step_over<Unrolled>(whole, i, step);
+    if constexpr (Unrolled >= 4) {
+        if (n - i >= Unrolled / 2 * lanes) {
+            step_over<Unrolled / 2>(whole, i, step);
+            i += Unrolled / 2 * lanes;
+        }
+    }
     for (; n - i >= lanes; i += lanes)
         step(whole, i);
     for (; i < n; i += Group)
