@@ -32,16 +32,19 @@ HWY_INLINE void for_each_vector(std::size_t n, Step step) {
     const hn::ScalableTag<Element> whole;
     const hn::CappedTag<Element, Group> last;
     const std::size_t lanes = hn::Lanes(whole);
+    const std::size_t block = Unrolled * lanes;
+    const std::size_t blocks_end = n / block * block;
+    const std::size_t whole_end = n / lanes * lanes;
     std::size_t i = 0;
-    for (; n - i >= Unrolled * lanes; i += Unrolled * lanes)
+    for (; i < blocks_end; i += block)
         step_over<Unrolled>(whole, i, step);
     if constexpr (Unrolled >= 4) {
-        if (n - i >= Unrolled / 2 * lanes) {
+        if (whole_end - i >= block / 2) {
             step_over<Unrolled / 2>(whole, i, step);
-            i += Unrolled / 2 * lanes;
+            i += block / 2;
         }
     }
-    for (; n - i >= lanes; i += lanes)
+    for (; i < whole_end; i += lanes)
         step(whole, i);
     for (; i < n; i += Group)
         step(last, i);
