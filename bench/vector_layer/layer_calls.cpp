@@ -14,6 +14,9 @@ complex32f* z(float* d) {
     return reinterpret_cast<complex32f*>(d);
 }
 
+/// Whole, not made from `c`: a pair written by halves and read at once waits for the first to arrive.
+constexpr complex32f one = {1.0F, 0.0F};
+
 } // namespace
 
 const named_call layer_calls[operation_count] = {
@@ -45,17 +48,17 @@ const named_call layer_calls[operation_count] = {
     {"get_real_part", [](in a, in, out d, float, int n) { qnl_get_real_part(z(a), d, n); }},
     {"get_imag_part", [](in a, in, out d, float, int n) { qnl_get_imag_part(z(a), d, n); }},
     {"magnitude", [](in a, in, out d, float, int n) { qnl_magnitude(z(a), d, n); }},
-    {"complex_set", [](in, in, out d, float c, int n) { qnl_set(z(d), {c, 0.0F}, n); }},
+    {"complex_set", [](in, in, out d, float, int n) { qnl_set(z(d), one, n); }},
     {"complex_add", [](in a, in b, out d, float, int n) { qnl_add(z(a), z(b), z(d), n); }},
     {"complex_add_I", [](in a, in, out d, float, int n) { qnl_add_I(z(a), z(d), n); }},
     {"complex_subtract", [](in a, in b, out d, float, int n) { qnl_subtract(z(a), z(b), z(d), n); }},
     {"complex_subtract_I", [](in a, in, out d, float, int n) { qnl_subtract_I(z(a), z(d), n); }},
     {"complex_multiply", [](in a, in b, out d, float, int n) { qnl_multiply(z(a), z(b), z(d), n); }},
     {"complex_multiply_I", [](in a, in, out d, float, int n) { qnl_multiply_I(z(a), z(d), n); }},
-    {"complex_multiplyC", [](in a, in, out d, float c, int n) { qnl_multiplyC(z(a), z(d), {c, 0.0F}, n); }},
-    {"complex_multiplyC_I", [](in, in, out d, float c, int n) { qnl_multiplyC_I(z(d), {c, 0.0F}, n); }},
+    {"complex_multiplyC", [](in a, in, out d, float, int n) { qnl_multiplyC(z(a), z(d), one, n); }},
+    {"complex_multiplyC_I", [](in, in, out d, float, int n) { qnl_multiplyC_I(z(d), one, n); }},
     {"complex_divide", [](in a, in b, out d, float, int n) { qnl_divide(z(a), z(b), z(d), n); }},
     {"complex_divide_I", [](in a, in, out d, float, int n) { qnl_divide_I(z(a), z(d), n); }},
-    {"complex_divideC", [](in a, in, out d, float c, int n) { qnl_divideC(z(a), z(d), {c, 0.0F}, n); }},
-    {"complex_divideC_I", [](in, in, out d, float c, int n) { qnl_divideC_I(z(d), {c, 0.0F}, n); }},
+    {"complex_divideC", [](in a, in, out d, float, int n) { qnl_divideC(z(a), z(d), one, n); }},
+    {"complex_divideC_I", [](in, in, out d, float, int n) { qnl_divideC_I(z(d), one, n); }},
 };

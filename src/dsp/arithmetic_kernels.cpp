@@ -24,23 +24,28 @@ const arithmetic_kernels& arithmetic_table() {
 namespace hn = hwy::HWY_NAMESPACE;
 namespace {
 
-template <class Operation>
+// How many vectors a turn of the loop takes. Divisions and roots wait for their unit, which is busiest when
+// they come one by one; everything else waits for loads and stores.
+constexpr std::size_t by_memory = 8;
+constexpr std::size_t by_divider = 1;
+
+template <std::size_t Unrolled = by_memory, class Operation>
 HWY_INLINE void map(const float* a, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<float, Unrolled>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         hn::StoreU(operation(tag, hn::LoadU(tag, a + i)), tag, d + i);
     });
 }
 
-template <class Operation>
+template <std::size_t Unrolled = by_memory, class Operation>
 HWY_INLINE void map(const float* a, const float* b, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<float, Unrolled>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         hn::StoreU(operation(tag, hn::LoadU(tag, a + i), hn::LoadU(tag, b + i)), tag, d + i);
     });
 }
 
 void set(float* x, float c, std::size_t n) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i)
-                                     HWY_ATTR { hn::StoreU(hn::Set(tag, c), tag, x + i); });
+    for_each_vector<float, by_memory>(n, [=](auto tag, std::size_t i)
+                                             HWY_ATTR { hn::StoreU(hn::Set(tag, c), tag, x + i); });
 }
 
 void add(const float* a, const float* b, float* d, std::size_t n) {
@@ -64,15 +69,15 @@ void multiply_constant(const float* a, float* d, float c, std::size_t n) {
 }
 
 void divide(const float* a, const float* b, float* d, std::size_t n) {
-    map(a, b, d, n, [](auto, auto x, auto y) HWY_ATTR { return hn::Div(y, x); });
+    map<by_divider>(a, b, d, n, [](auto, auto x, auto y) HWY_ATTR { return hn::Div(y, x); });
 }
 
 void divide_by_constant(const float* a, float* d, float c, std::size_t n) {
-    map(a, d, n, [=](auto tag, auto x) HWY_ATTR { return hn::Div(x, hn::Set(tag, c)); });
+    map<by_divider>(a, d, n, [=](auto tag, auto x) HWY_ATTR { return hn::Div(x, hn::Set(tag, c)); });
 }
 
 void divide_constant(const float* a, float* d, float c, std::size_t n) {
-    map(a, d, n, [=](auto tag, auto x) HWY_ATTR { return hn::Div(hn::Set(tag, c), x); });
+    map<by_divider>(a, d, n, [=](auto tag, auto x) HWY_ATTR { return hn::Div(hn::Set(tag, c), x); });
 }
 
 void absolute(const float* a, float* d, std::size_t n) {
@@ -84,7 +89,7 @@ void square(const float* a, float* d, std::size_t n) {
 }
 
 void square_root(const float* a, float* d, std::size_t n) {
-    map(a, d, n, [](auto, auto x) HWY_ATTR { return hn::Sqrt(x); });
+    map<by_divider>(a, d, n, [](auto, auto x) HWY_ATTR { return hn::Sqrt(x); });
 }
 
 void larger(const float* a, const float* b, float* d, std::size_t n) {
