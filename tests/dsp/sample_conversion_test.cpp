@@ -40,17 +40,18 @@ short stereo_to_short(float x) {
     return held_to_short(std::trunc(double{x} * 32768.0));
 }
 
-std::vector<float> float_samples(int n) {
-    std::vector<float> values = test_values(n, 21);
+std::vector<float> float_samples(int n, unsigned seed) {
+    std::vector<float> values = test_values(n, seed);
     for (std::size_t i = 0; i < values.size(); ++i) // most of them within full scale, many on a half step
         if (i % 3 != 0)
-            values[i] = static_cast<float>(static_cast<int>(i * 2654435761U % 131072U) - 65536) / 65536.0F;
+            values[i] =
+                static_cast<float>(static_cast<int>((i + seed) * 2654435761U % 131072U) - 65536) / 65536.0F;
     return values;
 }
 
 template <class Element>
-std::vector<Element> samples(int n) {
-    const std::vector<float> values = float_samples(n);
+std::vector<Element> samples(int n, unsigned seed) {
+    const std::vector<float> values = float_samples(n, seed);
     std::vector<Element> converted(values.size());
     for (std::size_t i = 0; i < values.size(); ++i)
         converted[i] = static_cast<Element>(held_to_short(double{values[i]} * 40000.0));
@@ -58,13 +59,13 @@ std::vector<Element> samples(int n) {
 }
 
 template <>
-std::vector<float> samples<float>(int n) {
-    return float_samples(n);
+std::vector<float> samples<float>(int n, unsigned seed) {
+    return float_samples(n, seed);
 }
 
 template <>
-std::vector<double> samples<double>(int n) {
-    const std::vector<float> values = float_samples(n);
+std::vector<double> samples<double>(int n, unsigned seed) {
+    const std::vector<float> values = float_samples(n, seed);
     std::vector<double> widened(values.begin(), values.end());
     for (double& value : widened)
         value *= 1.0 + 1.0e-9; // not a float any more
@@ -78,7 +79,8 @@ void expect_conversion(const char* name, int width, void (*run)(const From*, To*
     on_every_target([&](const char* target) {
         for (int n = 0; n <= longest_count; ++n)
             for (int offset = 0; offset < 16; ++offset) {
-                const std::vector<From> from = samples<From>(width * n);
+                const std::vector<From> from =
+                    samples<From>(width * n, static_cast<unsigned>(16 * n + offset));
                 source_block<From> source(from.data(), width * n, offset);
                 guarded_block<To> result(width * n, (3 * offset) % 16);
                 run(source.data(), result.data(), n);

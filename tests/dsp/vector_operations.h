@@ -38,9 +38,10 @@ enum class destination { apart, first_source, second_source };
 /// One operation at one count and alignment. The first block is `a`, the second `b`, the third what the
 /// destination held before.
 inline void check(const operation& op, destination where, int n, int offset, const char* target) {
-    const std::vector<float> a = test_values(op.a_width * n, 1);
-    const std::vector<float> b = test_values(op.b_width * n, 2);
-    std::vector<float> x = test_values(op.x_width * n, 3);
+    const auto seed = static_cast<unsigned>(3 * (16 * n + offset)); // other values for every case
+    const std::vector<float> a = test_values(op.a_width * n, seed);
+    const std::vector<float> b = test_values(op.b_width * n, seed + 1);
+    std::vector<float> x = test_values(op.x_width * n, seed + 2);
     if (where != destination::apart)
         x = where == destination::first_source ? a : b;
     source_block<float> a_block(a.data(), op.a_width * n, offset);
