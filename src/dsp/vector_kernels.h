@@ -79,5 +79,6 @@ extern const complex_kernels scalar_complex_kernels;
 extern const math_kernels scalar_math_kernels;
 extern const conversion_kernels scalar_conversion_kernels;
 
-/// The kernels in use: scalar ones until qnl_start_vector_layer.
-extern vector_kernels active_kernels;
+/// The kernels in use: scalar ones until qnl_start_vector_layer. Hidden, so that a call reaches them without a
+/// way round through the table of global symbols.
+extern vector_kernels active_kernels __attribute__((visibility("hidden")));
