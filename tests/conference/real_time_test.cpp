@@ -51,8 +51,7 @@ unsigned control_word() {
 
 TEST(RealTime, TheHostsFloatingPointSettingComesBackOnEveryWayOut) {
     engine engine;
-    engine.add(1);
-    engine.add(2);
+    engine.add_all({1, 2});
     const std::vector<float> block(480, std::numeric_limits<float>::denorm_min());
     const unsigned before = control_word();
     engine.push(1, block);

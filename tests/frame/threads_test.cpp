@@ -14,8 +14,7 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
     engine engine({48000, 480, 2, false, 1}, test_kit::row_layout(3));
     qnl_handle const handle = engine.handle();
     constexpr int permanent = 3;
-    for (int id = 0; id < permanent; ++id)
-        engine.add(id);
+    engine.add_all({0, 1, 2});
     std::atomic<bool> stop{false};
     std::vector<std::thread> threads;
     const auto run = [&](auto work) {
@@ -63,9 +62,7 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_GT(heard, 0);
-    int count = 0;
-    EXPECT_EQ(qnl_get_participant_count(handle, 1, &count), QNL_ERROR_NONE);
-    EXPECT_EQ(count, permanent);
+    EXPECT_EQ(engine.participant_count(), permanent);
 }
 
 } // namespace

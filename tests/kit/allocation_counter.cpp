@@ -87,64 +87,49 @@ void* or_throw(void* block) {
 void* operator new(std::size_t size) {
     return or_throw(allocate(size));
 }
-void* operator new[](std::size_t size) {
-    return or_throw(allocate(size));
-}
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return allocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     return allocate(size);
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return or_throw(allocate(size, alignment));
 }
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return or_throw(allocate(size, alignment));
-}
 void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& /*tag*/) noexcept {
-    return allocate(size, alignment);
-}
-void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t& /*tag*/) noexcept {
     return allocate(size, alignment);
 }
 
 void operator delete(void* block) noexcept {
     __wrap_free(block);
 }
-void operator delete[](void* block) noexcept {
-    __wrap_free(block);
-}
 void operator delete(void* block, std::size_t /*size*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block, std::size_t /*size*/) noexcept {
     __wrap_free(block);
 }
 void operator delete(void* block, std::align_val_t /*alignment*/) noexcept {
     __wrap_free(block);
 }
-void operator delete[](void* block, std::align_val_t /*alignment*/) noexcept {
-    __wrap_free(block);
-}
 void operator delete(void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
     __wrap_free(block);
 }
 void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
     __wrap_free(block);
 }
-void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept {
-    __wrap_free(block);
-}
 void operator delete(void* block, std::align_val_t /*alignment*/, const std::nothrow_t& /*tag*/) noexcept {
     __wrap_free(block);
 }
-void operator delete[](void* block, std::align_val_t /*alignment*/, const std::nothrow_t& /*tag*/) noexcept {
-    __wrap_free(block);
-}
+
+// The forms for arrays are the same functions, under their names in the object file.
+#define SAME_AS(name) __attribute__((alias(#name)))
+void* operator new[](std::size_t size) SAME_AS(_Znwm);
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept SAME_AS(_ZnwmRKSt9nothrow_t);
+void* operator new[](std::size_t size, std::align_val_t) SAME_AS(_ZnwmSt11align_val_t);
+void* operator new[](std::size_t size, std::align_val_t, const std::nothrow_t&) noexcept
+    SAME_AS(_ZnwmSt11align_val_tRKSt9nothrow_t);
+void operator delete[](void* block) noexcept SAME_AS(_ZdlPv);
+void operator delete[](void* block, std::size_t) noexcept SAME_AS(_ZdlPvm);
+void operator delete[](void* block, std::align_val_t) noexcept SAME_AS(_ZdlPvSt11align_val_t);
+void operator delete[](void* block, std::size_t, std::align_val_t) noexcept SAME_AS(_ZdlPvmSt11align_val_t);
+void operator delete[](void* block, const std::nothrow_t&) noexcept SAME_AS(_ZdlPvRKSt9nothrow_t);
+void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noexcept
+    SAME_AS(_ZdlPvSt11align_val_tRKSt9nothrow_t);
 
 namespace test_kit {
 
