@@ -7,18 +7,13 @@
 #include <algorithm>
 #include <array>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 #include <vector>
 
 namespace {
 
-using test_kit::engine;
-using test_kit::log_capture;
-using test_kit::planar;
-using test_kit::same_bits;
-using testing::Each;
-using testing::ElementsAre;
+using namespace test_kit;
+using namespace testing;
 using samples = std::vector<float>;
 
 constexpr float side_gain = 0.70710677F;
@@ -38,7 +33,7 @@ samples sum(samples x, const samples& y) {
 }
 
 samples block(int seed) {
-    return test_kit::noise(frames, static_cast<std::uint32_t>(seed), 0.5F);
+    return noise(frames, static_cast<std::uint32_t>(seed), 0.5F);
 }
 
 /// What a stereo listener hears of a mono talker.
@@ -47,8 +42,7 @@ samples centred(const samples& talk) {
 }
 
 TEST(AudioPath, EverybodyHearsTheSumOfAllOthers) {
-    engine engine;
-    engine.add_all({1, 2, 3});
+    engine engine({1, 1, 1});
     for (const int id : {1, 2, 3})
         EXPECT_EQ(engine.push(id, block(id)), QNL_ERROR_NONE);
     for (const auto& [listener, first, second] : {std::array{1, 2, 3}, {2, 1, 3}, {3, 1, 2}}) {
@@ -59,8 +53,7 @@ TEST(AudioPath, EverybodyHearsTheSumOfAllOthers) {
 }
 
 TEST(AudioPath, BlocksQueueInOrderAndAnUnderRunStopsNobodyElse) {
-    engine engine;
-    engine.add_all({1, 2, 3});
+    engine engine({1, 1, 1});
     for (const int seed : {1, 2, 3})
         engine.push(1, block(seed));
     engine.push(2, block(9));
@@ -74,8 +67,7 @@ TEST(AudioPath, BlocksQueueInOrderAndAnUnderRunStopsNobodyElse) {
 }
 
 TEST(AudioPath, NobodyToHearGivesSilenceAndItsCode) {
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     engine.push(1, block(1));
     log_capture log(QNL_LOG_DEBUG);
     EXPECT_EQ(engine.pull(1).code, QNL_ERROR_NO_INPUT_AUDIO);
@@ -90,13 +82,11 @@ TEST(AudioPath, NobodyToHearGivesSilenceAndItsCode) {
 }
 
 TEST(AudioPath, StereoKeepsItsSidesAndFoldsForAMonoListener) {
-    engine mono(mono_output);
-    mono.add(1, 2);
-    mono.add_all({2, 3});
+    engine mono({2, 1, 1}, mono_output);
     mono.push(1, planar(block(1), block(2)), frames);
     EXPECT_TRUE(same_bits(scaled(sum(block(1), block(2)), side_gain), mono.pull(2).samples));
     mono.push(3, block(3));
-    EXPECT_TRUE(test_kit::error_below(block(3), mono.pull(1).samples, -130.0))
+    EXPECT_TRUE(error_below(block(3), mono.pull(1).samples, -130.0))
         << "a mono talker comes back to unity within rounding";
 }
 
@@ -105,9 +95,7 @@ TEST(AudioPath, AnyEnhancementFoldsStereoInputUnlessBypassed) {
     const samples right = block(2);
     for (const qnl_audio_control enhancement : {QNL_CONTROL_ANC_ENABLE, QNL_CONTROL_AGC_ENABLE,
                                                 QNL_CONTROL_AUTO_EQ_ENABLE, QNL_CONTROL_MIXING_3D_ENABLE}) {
-        engine engine;
-        engine.add(1, 2);
-        engine.add(2);
+        engine engine({2, 1});
         const auto heard = [&] {
             engine.push(1, planar(left, right), frames);
             return engine.pull(2).samples;
@@ -122,8 +110,7 @@ TEST(AudioPath, AnyEnhancementFoldsStereoInputUnlessBypassed) {
 }
 
 TEST(AudioPath, MasterGainActsOnTheListenerAlone) {
-    engine engine;
-    engine.add_all({1, 2, 3});
+    engine engine({1, 1, 1});
     engine.set(1, QNL_CONTROL_MASTER_GAIN, 0);
     engine.set(2, QNL_CONTROL_MASTER_GAIN, 50);
     engine.set(3, QNL_CONTROL_MASTER_GAIN, 5); // reads back as 4
@@ -138,8 +125,7 @@ TEST(AudioPath, MasterGainActsOnTheListenerAlone) {
 TEST(AudioPath, MasterGainCountsTwiceTheOutputFrames) {
     // At 24 kHz and 240 frames the engine's planar block holds 2 x 480: the gain reaches the left side only,
     // so the mono fold adds half the left to all of the right.
-    engine engine({24000, 240, 1, false, 1});
-    engine.add_all({1, 2});
+    engine engine({1, 1}, {24000, 240, 1, false, 1});
     engine.set(2, QNL_CONTROL_MASTER_GAIN, 50);
     engine.push(1, samples(480, 1.0F));
     EXPECT_FLOAT_EQ(engine.pull(2).samples[100], (0.5F * side_gain + side_gain) * side_gain);
@@ -149,9 +135,7 @@ TEST(AudioPath, TheTwoShortRoadsDiffer) {
     std::vector<short> input = {-32768, 32767, 16384, -1, 1, 0, 12345, -12345};
     input.resize(2 * frames);
     const auto through = [&](bool interleaved) {
-        engine engine({48000, 480, 2, interleaved, 1});
-        engine.add(1, 2);
-        engine.add(2);
+        engine engine({2, 1}, {48000, 480, 2, interleaved, 1});
         EXPECT_EQ(qnl_input_audio_short(engine.handle(), 1, 1, input.data(), frames), QNL_ERROR_NONE);
         std::vector<short> output(2 * frames);
         EXPECT_EQ(qnl_output_audio_short(engine.handle(), 1, 2, output.data()), QNL_ERROR_NONE);
@@ -167,10 +151,8 @@ TEST(AudioPath, TheTwoShortRoadsDiffer) {
 }
 
 TEST(AudioPath, InterleavedHostsGetTheSameMixInFloatAndDouble) {
-    engine engine({48000, 480, 2, true, 1});
-    engine.add(1, 2);
-    engine.add(2);
-    const samples floats = test_kit::noise(2 * frames, 5);
+    engine engine({2, 1}, {48000, 480, 2, true, 1});
+    const samples floats = noise(2 * frames, 5);
     const std::vector<double> doubles(floats.begin(), floats.end());
     std::vector<double> output(2 * frames);
     EXPECT_EQ(qnl_input_audio_double(engine.handle(), 1, 1, doubles.data(), frames), QNL_ERROR_NONE);
@@ -182,8 +164,7 @@ TEST(AudioPath, InterleavedHostsGetTheSameMixInFloatAndDouble) {
 }
 
 TEST(AudioPath, NonFiniteSamplesStayInTheirBlockAndClampTo16Bits) {
-    engine engine(mono_output);
-    engine.add_all({1, 2});
+    engine engine({1, 1}, mono_output);
     samples wild(frames, 0.25F);
     wild[0] = std::numeric_limits<float>::quiet_NaN();
     wild[1] = std::numeric_limits<float>::infinity();
@@ -201,8 +182,7 @@ TEST(AudioPath, NonFiniteSamplesStayInTheirBlockAndClampTo16Bits) {
 }
 
 TEST(AudioPath, RefusalsComeInTheirOrder) {
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     engine.add(2, 1, QNL_PARTICIPANT_LISTENER_ONLY);
     engine.add(3, 1, QNL_PARTICIPANT_SOURCE_ONLY);
     engine.set(1, QNL_CONTROL_MUTE_ENABLE, 1);
@@ -236,8 +216,7 @@ TEST(WhoHearsWhom, FollowsWhisperRoomsAndSidebars) {
                                        {0, 0, 0, 1, 0.0F}, {0, 0, 1, 0, 0.25F}, {0, 0, 1, 1, 0.0F},
                                        {1, 1, 1, 0, 1.0F}, {1, 1, 0, 1, 0.0F},  {0, 2, 3, 2, 1.0F}};
     for (const auto& [talker_whisper, talker_sidebar, listener_whisper, listener_sidebar, gain] : table) {
-        engine engine;
-        engine.add_all({1, 2});
+        engine engine({1, 1});
         engine.set(1, QNL_CONTROL_WHISPER_ROOM, talker_whisper);
         engine.set(1, QNL_CONTROL_SIDEBAR_ROOM, talker_sidebar);
         engine.set(2, QNL_CONTROL_WHISPER_ROOM, listener_whisper);
@@ -252,8 +231,7 @@ TEST(WhoHearsWhom, FollowsWhisperRoomsAndSidebars) {
 }
 
 TEST(WhoHearsWhom, IsDecidedWhenTheBlockIsPushed) {
-    engine engine;
-    engine.add_all({1, 2});
+    engine engine({1, 1});
     engine.push(1, block(1));
     engine.set(1, QNL_CONTROL_SIDEBAR_ROOM, 1);
     engine.push(1, block(2));
@@ -262,8 +240,7 @@ TEST(WhoHearsWhom, IsDecidedWhenTheBlockIsPushed) {
 }
 
 TEST(Flush, DropsWhatIsQueuedOnBothSides) {
-    engine engine;
-    engine.add_all({1, 2, 3});
+    engine engine({1, 1, 1});
     for (const int id : {1, 2, 3})
         engine.push(id, block(id));
     EXPECT_EQ(qnl_flush_data(engine.handle(), 1, 1), QNL_ERROR_NONE);

@@ -4,16 +4,13 @@
 #include "kit/log_capture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 #include <vector>
 
 namespace {
 
-using test_kit::engine;
-using test_kit::log_capture;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test_kit;
+using namespace testing;
 
 constexpr int huge = std::numeric_limits<int>::max();
 
@@ -29,8 +26,7 @@ TEST(Controls, HaveTheirDefaultsAndAcceptExactlyTheirRange) {
                                        {5, 0, 0, 1},    {6, 0, 0, 1},   {7, 6, 0, 40},   {8, 300, 0, huge},
                                        {9, 1, 0, 1},    {10, 1, 1, 2},  {11, 15, 0, 89}, {12, 100, 0, 100},
                                        {13, 0, 0, 100}, {14, 0, 0, 100}};
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     for (const auto& [number, initial, lowest, highest] : ranges) {
         EXPECT_EQ(engine.get(1, control(number)), initial) << number;
         const bool refused = number >= 6 && number <= 9; // stored all the same
@@ -49,8 +45,7 @@ TEST(Controls, HaveTheirDefaultsAndAcceptExactlyTheirRange) {
 }
 
 TEST(Controls, SayWhatTheyRefuse) {
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     log_capture log;
     int value = 7;
     engine.set(1, control(11), 90);
@@ -100,8 +95,7 @@ TEST(Controls, AutomaticEqualiserIsRefusedBehindAnInputResampler) {
 }
 
 TEST(Controls, SetForAllStopAtARaisedRefusalOnly) {
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     engine.add(2, 1, QNL_PARTICIPANT_REGULAR, 16000);
     engine.add(3);
     const auto set_all = [&](qnl_audio_control all, int value) {

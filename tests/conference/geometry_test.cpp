@@ -3,7 +3,6 @@
 
 #include <array>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 #include <vector>
 

@@ -3,7 +3,6 @@
 #include "kit/log_capture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 
 namespace {
@@ -14,8 +13,7 @@ using testing::ElementsAre;
 constexpr int lowest = std::numeric_limits<int>::min();
 
 TEST(Joining, RefusesWhatItCannotServe) {
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     test_kit::log_capture log;
     const auto add = [&](int rate, int channels, int type) {
         return engine.add(2, channels, static_cast<qnl_participant_type>(type), rate);
@@ -52,8 +50,7 @@ TEST(Joining, AsksEachInputCallForTheBlockOfItsOwnRate) {
 }
 
 TEST(Leaving, MakesATalkerFallSilentAtTheNextOutput) {
-    engine engine;
-    engine.add_all({1, 2});
+    engine engine({1, 1});
     engine.push(1, std::vector<float>(480, 0.5F));
     EXPECT_EQ(qnl_remove_participant(engine.handle(), 1, 1), QNL_ERROR_NONE);
     EXPECT_EQ(engine.pull(2).code, QNL_ERROR_NO_INPUT_AUDIO);
@@ -77,7 +74,7 @@ TEST(Leaving, AndComingBackLosesTheBlocksInBetween) {
 }
 
 TEST(Joining, WithRefusedDefaultStatesLeavesTheParticipantUnwired) {
-    engine engine({48000, 480, 2, false, 1},
+    engine engine({}, {48000, 480, 2, false, 1},
                   test_kit::row_layout(3, R"("defaultStates":{"QNL_CONTROL_AUTO_EQ_ENABLE":1})"));
     engine.add(1);
     EXPECT_EQ(engine.add(2, 1, QNL_PARTICIPANT_REGULAR, 16000), QNL_ERROR_INVALID_CONTROL);
@@ -92,8 +89,7 @@ TEST(Joining, WithRefusedDefaultStatesLeavesTheParticipantUnwired) {
 }
 
 TEST(Rooms, AreIndependentAndTakeAnyId) {
-    engine engine;
-    engine.add_all({1, 2});
+    engine engine({1, 1});
     qnl_handle const handle = engine.handle();
     EXPECT_EQ(qnl_create_room(handle, lowest), QNL_ERROR_NONE);
     EXPECT_EQ(qnl_create_room(handle, 1), QNL_ERROR_INVALID_ROOM_ID);

@@ -7,17 +7,13 @@
 
 #include <chrono>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <string>
 
 namespace {
 
 using nlohmann::json;
 using test_kit::log_capture;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 constexpr const char* fallback_line =
     "WARNING: The library will still function but it will use the fallback room layout";
@@ -201,7 +197,7 @@ TEST(RoomLayoutFile, NeedsAReadableFile) {
 
 TEST(RoomLayoutFile, KeepsTheLayoutsOfAFailedFirstAttempt) {
     const std::string row = good_layout().dump();
-    test_kit::engine engine({48000, 480, 2, false, 1},
+    test_kit::engine engine({}, {48000, 480, 2, false, 1},
                             R"({"default":"nowhere","room_list":{"row":)" + row + "}}");
     qnl_handle const handle = engine.handle();
     int layout = 0;

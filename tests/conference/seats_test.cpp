@@ -4,7 +4,6 @@
 #include "quenlis.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 
 namespace {
@@ -28,7 +27,7 @@ const char* const layouts = R"({"default":"seated","room_list":{
 /// Room 1 of an engine with these layouts.
 class Seats : public testing::Test, public test_kit::engine {
 protected:
-    Seats() : engine({48000, 480, 2, false, 1}, layouts) {}
+    Seats() : engine({}, {48000, 480, 2, false, 1}, layouts) {}
 
     qnl_error_code move(int id, int seat) { return qnl_set_participant_seat(handle(), 1, id, seat); }
     qnl_error_code place(int id, qnl_position position, qnl_heading heading = {0, 0}) {
@@ -60,7 +59,8 @@ TEST_F(Seats, FillFromOneUpwardAndStackInAFullRoom) {
 }
 
 TEST_F(Seats, TakenMeanTheNextFreeLayer) {
-    add_all({1, 2, 3, 4, 5});
+    for (const int id : {1, 2, 3, 4, 5})
+        add(id);
     EXPECT_EQ(seat_after_move(1, 1), 1);
     EXPECT_EQ(seat_after_move(5, 1), 5) << "it sits on entry 1 already";
     EXPECT_EQ(seat_after_move(1, 2), 6);
@@ -103,7 +103,8 @@ TEST_F(Layouts, WithoutSeatsAreRefusedBeforeAnythingChanges) {
 
 TEST_F(Layouts, SeatEverybodyAndApplyDefaults) {
     change_layout(2);
-    add_all({1, 2, 3});
+    for (const int id : {1, 2, 3})
+        add(id);
     EXPECT_EQ(seat(1).id, -1) << "an open room seats nobody";
     EXPECT_EQ(get(1, QNL_CONTROL_ANC_ENABLE), 0) << "and applies no defaults";
     EXPECT_EQ(seat_after_move(2, 1), -1) << "unseated counts as entry 1, so nothing moves";
@@ -163,7 +164,8 @@ TEST_F(Positions, AreHeardFromTheListenersNextOutput) {
 
 TEST_F(Positions, OfFarSourcesReadBackWholeAndSomeReadersAreRefused) {
     change_layout(2);
-    add_all({1, 2});
+    add(1);
+    add(2);
     add(3, 1, QNL_PARTICIPANT_SOURCE_ONLY);
     for (const int distance : {299, 300, 1000}) {
         place(2, {0, 0, distance});

@@ -4,8 +4,7 @@
 
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 constexpr float mono_to_stereo = 0.70710677F;
 constexpr double rounding = 1e-6; // a few steps of a 32-bit float at the levels used here

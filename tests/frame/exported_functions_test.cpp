@@ -7,17 +7,13 @@
 #include <cstring>
 #include <functional>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 namespace {
 
-using test_kit::engine;
-using test_kit::log_capture;
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace test_kit;
+using namespace testing;
 
 const std::string null_handle_line =
     "ERROR: Your qnl_handle is null. Please use qnl_initialize_library to get a valid handle.";
@@ -102,8 +98,7 @@ TEST(ExportedFunctions, RefuseANullHandleWithItsLine) {
 }
 
 TEST(ExportedFunctions, RefuseUnknownRoomsAndPeople) {
-    engine engine;
-    engine.add_all({1, 2});
+    engine engine({1, 1});
     log_capture log;
     for (const int unknown : {0, -1, 9, INT_MIN, INT_MAX}) {
         const std::string id = std::to_string(unknown);

@@ -4,7 +4,6 @@
 #include "kit/log_capture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <string>
 
 namespace {

@@ -4,7 +4,6 @@
 #include "kit/log_capture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -13,8 +12,7 @@
 namespace {
 
 using test_kit::engine;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 
 /// Writes down everything it hears.
 class scribe : public qnl_event_manager {
@@ -96,8 +94,7 @@ TEST(Observers, HearEveryChangeAndTheLogWritesItDown) {
 TEST(Observers, HearNothingOfARaisedRefusal) {
     std::vector<std::string> heard;
     scribe observer(heard);
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     qnl_handle const handle = engine.handle();
     qnl_add_event_manager(handle, &observer);
     qnl_create_room(handle, 1);
@@ -154,8 +151,7 @@ private:
 
 TEST(Observers, MayAskAndMustNotRebuild) {
     std::vector<std::string> heard;
-    engine engine;
-    engine.add(1);
+    engine engine({1});
     meddler observer(engine.handle(), heard);
     qnl_add_event_manager(engine.handle(), &observer);
     EXPECT_EQ(qnl_create_room(engine.handle(), 2), QNL_ERROR_NONE);

@@ -4,7 +4,6 @@
 #include "quenlis.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 #include <map>
 #include <thread>

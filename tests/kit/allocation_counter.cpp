@@ -27,7 +27,6 @@ void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* block, std::size_t size);
 void* __real_aligned_alloc(std::size_t alignment, std::size_t size);
-int __real_posix_memalign(void** block, std::size_t alignment, std::size_t size);
 void __real_free(void* block);
 void* __real___cxa_allocate_exception(std::size_t size);
 
@@ -46,12 +45,6 @@ void* __wrap_realloc(void* block, std::size_t size) {
 
 void* __wrap_aligned_alloc(std::size_t alignment, std::size_t size) {
     return counted(__real_aligned_alloc(alignment, size));
-}
-
-int __wrap_posix_memalign(void** block, std::size_t alignment, std::size_t size) {
-    const int result = __real_posix_memalign(block, alignment, size);
-    allocation_count += result == 0 ? 1 : 0;
-    return result;
 }
 
 void __wrap_free(void* block) {

@@ -6,14 +6,19 @@
 
 namespace test_kit {
 
-engine::engine(qnl_library_configuration configuration, const std::string& layout_json)
+engine::engine(std::initializer_list<int> channels, qnl_library_configuration configuration,
+               const std::string& layout_json)
     : configuration_(configuration) {
     const temporary_directory directory;
-    const std::string path = layout_json.empty() ? "" : directory.write("layouts.json", layout_json);
+    const std::string path = directory.write("layouts.json", layout_json);
     int code = 0;
-    handle_ = qnl_initialize_library(path.empty() ? nullptr : path.c_str(), nullptr, configuration, &code);
+    handle_ =
+        qnl_initialize_library(layout_json.empty() ? nullptr : path.c_str(), nullptr, configuration, &code);
     EXPECT_EQ(code, QNL_ERROR_NONE);
     EXPECT_EQ(qnl_create_room(handle_, room), QNL_ERROR_NONE);
+    int id = 0;
+    for (const int count : channels)
+        EXPECT_EQ(add(++id, count), QNL_ERROR_NONE);
 }
 
 engine::~engine() {
@@ -22,11 +27,6 @@ engine::~engine() {
 
 qnl_error_code engine::add(int id, int channels, qnl_participant_type type, int rate, const char* name) {
     return qnl_add_participant(handle_, room, id, name, {rate, channels, type});
-}
-
-void engine::add_all(std::initializer_list<int> ids) {
-    for (const int id : ids)
-        EXPECT_EQ(add(id), QNL_ERROR_NONE);
 }
 
 int engine::participant_count() {

@@ -21,8 +21,10 @@ class engine {
 public:
     static constexpr int room = 1;
 
+    /// @param channels     of regular participants 1, 2 and so on, who are in the room from the start
     /// @param layout_json  text of the room configuration file; empty for the fallback layout, an open room
-    explicit engine(qnl_library_configuration configuration = {48000, 480, 2, false, 1},
+    explicit engine(std::initializer_list<int> channels = {},
+                    qnl_library_configuration configuration = {48000, 480, 2, false, 1},
                     const std::string& layout_json = {});
     ~engine();
     engine(const engine&) = delete;
@@ -32,8 +34,6 @@ public:
 
     qnl_error_code add(int id, int channels = 1, qnl_participant_type type = QNL_PARTICIPANT_REGULAR,
                        int rate = 48000, const char* name = "somebody");
-    /// Adds regular mono talkers.
-    void add_all(std::initializer_list<int> ids);
     int participant_count();
     qnl_error_code set(int id, qnl_audio_control control, int value);
     /// A control's value; fails the test when it cannot be read.

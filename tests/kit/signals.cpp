@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <random>
+#include <utility>
 
 namespace test_kit {
 namespace {
@@ -18,23 +19,20 @@ double next(std::mt19937& random) {
 }
 
 /// One vowel resonance: a pair of poles.
-class resonance {
-public:
+struct resonance {
+    double radius;
+    double turn;
+    double before = 0.0;
+    double before_that = 0.0;
+
     resonance(double hz, double bandwidth, double rate)
-        : radius_(std::exp(-pi * bandwidth / rate)), turn_(2.0 * radius_ * std::cos(2.0 * pi * hz / rate)) {}
+        : radius(std::exp(-pi * bandwidth / rate)), turn(2.0 * radius * std::cos(2.0 * pi * hz / rate)) {}
 
     double process(double in) {
-        const double out = (1.0 - radius_) * in + turn_ * before_ - radius_ * radius_ * before_that_;
-        before_that_ = before_;
-        before_ = out;
-        return out;
+        before_that =
+            std::exchange(before, (1.0 - radius) * in + turn * before - radius * radius * before_that);
+        return before;
     }
-
-private:
-    double radius_;
-    double turn_;
-    double before_ = 0.0;
-    double before_that_ = 0.0;
 };
 
 /// Rises and falls within a syllable; 0 in the pause.
