@@ -50,8 +50,7 @@ const refusal refusals[] = {
     {"empty.wav", "holds no audio"},
     {"three.wav", "only 1 or 2"},
     {"narrow.wav", "narrow.wav: a rate of 16000 Hz is not supported, only 48000 Hz"},
-    {"-o alice.wav bob.wav", "alice.wav"},
-};
+    {"-o alice.wav bob.wav", "alice.wav"}};
 
 TEST_F(conference_runner, refusals_give_one_clear_line_and_a_failing_exit) {
     std::filesystem::create_directory(folder / "other");

@@ -3,6 +3,7 @@
 #include "kit/log_capture.h"
 #include "quenlis.h"
 
+#include <array>
 #include <gmock/gmock.h>
 #include <limits>
 #include <map>
@@ -81,12 +82,9 @@ TEST(StartUp, DerivesTheSizesOfASource) {
 
 TEST(StartUp, GivesTheConfigurationBackAndToleratesANullCode) {
     qnl_handle const handle = qnl_initialize_library(nullptr, nullptr, {24000, 256, 1, true, 5}, nullptr);
-    const qnl_library_configuration read = qnl_get_library_configuration(handle);
-    EXPECT_EQ(read.output_sampling_rate, 24000);
-    EXPECT_EQ(read.output_number_frames, 256);
-    EXPECT_EQ(read.output_number_channels, 1);
-    EXPECT_TRUE(read.interleaved);
-    EXPECT_EQ(read.spatial_quality, 5);
+    const auto [rate, frames, channels, interleaved, quality] = qnl_get_library_configuration(handle);
+    EXPECT_THAT((std::array{rate, frames, channels, interleaved ? 1 : 0, quality}),
+                ElementsAre(24000, 256, 1, 1, 5));
     qnl_destroy_library(handle);
     EXPECT_EQ(qnl_initialize_library(nullptr, nullptr, {1, 1, 1, false, 1}, nullptr), nullptr);
 }

@@ -53,12 +53,14 @@ TEST(AllocationCounter, SeesEveryKindOfHeapCall) {
 }
 
 TEST(AllocationCounter, SeesNothingOfOtherThreads) {
+    const allocation_counter heap;
     std::thread([] {
-        const allocation_counter heap;
-        std::thread([] { escaped = std::malloc(10); }).join();
-        EXPECT_EQ(heap.allocations(), 1U) << "the record of the thread itself";
-        std::free(escaped);
+        for (int i = 0; i < 1000; ++i) {
+            escaped = std::malloc(10);
+            std::free(escaped);
+        }
     }).join();
+    EXPECT_LT(heap.allocations(), 100U) << "the record of the thread itself";
 }
 
 TEST(Compare, NamesTheFirstDifferenceAndTheError) {
