@@ -1,11 +1,14 @@
 // Headings and spherical positions.
 #include "conference/geometry.h"
 
-#include <gtest/gtest.h>
+#include <array>
+#include <gmock/gmock.h>
 #include <limits>
 #include <vector>
 
 namespace {
+
+using testing::ElementsAre;
 
 constexpr int lowest = std::numeric_limits<int32_t>::min();
 constexpr int highest = std::numeric_limits<int32_t>::max();
@@ -31,10 +34,10 @@ TEST(Geometry, PlacesSourcesAroundAListener) {
         {{-10, 0, 0}, {90, 0}, -180, 0, 10},
     };
     for (const auto& [source, listener, azimuth, elevation, distance] : table) {
-        const spherical_position heard = cartesian_to_spherical(at(source), at({0, 0, 0}, listener));
-        EXPECT_EQ(heard.azimuth, azimuth) << source.x << ' ' << source.y << ' ' << source.z;
-        EXPECT_EQ(heard.elevation, elevation) << source.x << ' ' << source.y << ' ' << source.z;
-        EXPECT_EQ(heard.distance, distance) << source.x << ' ' << source.y << ' ' << source.z;
+        const auto heard = cartesian_to_spherical(at(source), at({0, 0, 0}, listener));
+        EXPECT_THAT((std::array{heard.azimuth, heard.elevation, heard.distance}),
+                    ElementsAre(azimuth, elevation, distance))
+            << source.x << ' ' << source.y << ' ' << source.z;
     }
 }
 
@@ -50,28 +53,23 @@ TEST(Geometry, LooksAtTheCentre) {
     };
     for (const auto& [position, azimuth, elevation] : table) {
         const qnl_heading heading = heading_towards(position, {0, 0, 0});
-        EXPECT_EQ(heading.azimuth_heading, azimuth) << position.x << ' ' << position.y << ' ' << position.z;
-        EXPECT_EQ(heading.elevation_heading, elevation)
+        EXPECT_THAT((std::array{heading.azimuth_heading, heading.elevation_heading}),
+                    ElementsAre(azimuth, elevation))
             << position.x << ' ' << position.y << ' ' << position.z;
     }
 }
 
 TEST(Geometry, StaysInRangeAtTheEndsOfTheNumbers) {
-    const std::vector<int> coordinates = {lowest, -1, 0, 1, highest};
-    for (const int x : coordinates) {
-        for (const int y : coordinates) {
-            for (const int z : coordinates) {
-                for (const qnl_heading heading :
-                     {qnl_heading{0, 0}, {180, 90}, {-180, -90}, {lowest, highest}}) {
-                    const spherical_position heard =
-                        cartesian_to_spherical(at({x, y, z}), at({z, x, y}, heading));
-                    EXPECT_GE(heard.distance, 0);
-                    const qnl_heading looked = heading_towards({x, y, z}, {z, x, y});
-                    EXPECT_LE(std::abs(looked.azimuth_heading), 180);
-                    EXPECT_LE(std::abs(looked.elevation_heading), 90);
-                }
-            }
-        }
+    const auto check = [](int x, int y, int z, qnl_heading heading) {
+        EXPECT_GE(cartesian_to_spherical(at({x, y, z}), at({z, x, y}, heading)).distance, 0);
+        const qnl_heading looked = heading_towards({x, y, z}, {z, x, y});
+        EXPECT_LE(std::abs(looked.azimuth_heading), 180);
+        EXPECT_LE(std::abs(looked.elevation_heading), 90);
+    };
+    const int ends[] = {lowest, -1, 0, 1, highest};
+    for (int i = 0; i < 5 * 5 * 5; ++i) {
+        for (const qnl_heading heading : {qnl_heading{0, 0}, {180, 90}, {-180, -90}, {lowest, highest}})
+            check(ends[i % 5], ends[i / 5 % 5], ends[i / 25], heading);
     }
     EXPECT_EQ(cartesian_to_spherical(at({highest, highest, highest}), at({0, 0, 0})).distance, highest)
         << "a distance beyond 32 bits saturates";

@@ -12,25 +12,22 @@
 
 namespace {
 
-using test_kit::allocation_counter;
-using test_kit::engine;
+using namespace test_kit;
 
 TEST(RealTime, AudioCallsAllocateTheMixesBlocksOnly) {
-    engine engine;
+    engine engine({1, 2, 1, 2, 1});
     constexpr int people = 5;
-    for (int id = 0; id < people; ++id)
-        engine.add(id, 1 + id % 2);
     const std::vector<float> block(960, 0.1F);
     std::vector<float> output(960);
     for (int period = 0; period < 4; ++period) {
-        for (int id = 0; id < people; ++id) {
+        for (int id = 1; id <= people; ++id) {
             const allocation_counter input;
             qnl_input_audio_float(engine.handle(), 1, id, block.data(), 480);
             // One block for each listener; the first push makes the head of each queue as well.
             EXPECT_EQ(input.allocations(), (period == 0 ? 2U : 1U) * (people - 1)) << period;
             EXPECT_EQ(input.releases(), 0U);
         }
-        for (int id = 0; id < people; ++id) {
+        for (int id = 1; id <= people; ++id) {
             const allocation_counter heap;
             EXPECT_EQ(qnl_output_audio_float(engine.handle(), 1, id, output.data()), QNL_ERROR_NONE);
             EXPECT_EQ(heap.allocations(), 0U) << period;
@@ -50,9 +47,7 @@ unsigned control_word() {
 } // without the sticky exception flags
 
 TEST(RealTime, TheHostsFloatingPointSettingComesBackOnEveryWayOut) {
-    engine engine;
-    engine.add(1);
-    engine.add(2);
+    engine engine({1, 1});
     const std::vector<float> block(480, std::numeric_limits<float>::denorm_min());
     const unsigned before = control_word();
     engine.push(1, block);
@@ -72,17 +67,15 @@ TEST(RealTime, TheHostsFloatingPointSettingComesBackOnEveryWayOut) {
 
 /// What a conference with every mixing rule in use gives, all blocks one after the other.
 std::vector<float> rendered_conference() {
-    engine engine({48000, 512, 2, true, 1});
-    for (int id = 0; id < 4; ++id)
-        engine.add(id, 1 + id % 2);
-    engine.set(2, QNL_CONTROL_WHISPER_ROOM, 1);
-    engine.set(3, QNL_CONTROL_MASTER_GAIN, 33);
-    engine.set(1, QNL_CONTROL_MIXING_3D_ENABLE, 1);
+    engine engine({1, 2, 1, 2}, {48000, 512, 2, true, 1});
+    engine.set(3, QNL_CONTROL_WHISPER_ROOM, 1);
+    engine.set(4, QNL_CONTROL_MASTER_GAIN, 33);
+    engine.set(2, QNL_CONTROL_MIXING_3D_ENABLE, 1);
     std::vector<float> mixes;
     for (std::uint32_t period = 0; period < 8; ++period) {
-        for (std::uint32_t id = 0; id < 4; ++id)
-            engine.push(static_cast<int>(id), test_kit::noise(1024, 7 * period + id, 2.0F), 512);
-        for (int id = 0; id < 4; ++id) {
+        for (std::uint32_t id = 1; id <= 4; ++id)
+            engine.push(static_cast<int>(id), noise(1024, 7 * period + id, 2.0F), 512);
+        for (int id = 1; id <= 4; ++id) {
             const auto mix = engine.pull(id).samples;
             mixes.insert(mixes.end(), mix.begin(), mix.end());
         }
@@ -96,7 +89,7 @@ TEST(RealTime, AConferenceHasTheSameBitsOnEveryInstructionSet) {
     const std::vector<float> expected = rendered_conference();
     for (int target = 1; target < vector_target_count(); ++target) {
         select_vector_target(target);
-        EXPECT_TRUE(test_kit::same_bits(expected, rendered_conference())) << vector_target_name(target);
+        EXPECT_TRUE(same_bits(expected, rendered_conference())) << vector_target_name(target);
     }
     select_vector_target(chosen);
 }

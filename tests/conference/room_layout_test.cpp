@@ -1,7 +1,5 @@
 // Room configuration files: what is read, what is reported, what falls back.
-#include "conference/participant.h"
 #include "conference/room_layout.h"
-#include "frame/exception.h"
 #include "frame/sound_manager.h"
 #include "kit/engine.h"
 #include "kit/log_capture.h"
@@ -9,34 +7,22 @@
 
 #include <chrono>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <string>
 
 namespace {
 
 using nlohmann::json;
 using test_kit::log_capture;
-using test_kit::log_entry;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 constexpr const char* fallback_line =
-    "The library will still function but it will use the fallback room layout";
+    "WARNING: The library will still function but it will use the fallback room layout";
 
 json good_layout() {
     return json::parse(
         R"({"id":7,"desc":"four","allowParticipantStacking":false,"stackDelta":10,"openRoom":false,
         "centerPoint":{"x":0,"y":0,"z":0},
         "seats":[{"x":0,"y":0,"z":-5},{"x":5,"y":0,"z":0},{"x":0,"y":0,"z":5},{"x":-5,"y":0,"z":0}]})");
-}
-
-std::vector<std::string> messages(log_capture& log) {
-    std::vector<std::string> texts;
-    for (const log_entry& entry : log.take())
-        texts.push_back(entry.message);
-    return texts;
 }
 
 TEST(RoomLayout, ReadsSeatsThatLookAtTheCentreAndStacksThem) {
@@ -54,9 +40,8 @@ TEST(RoomLayout, ReadsSeatsThatLookAtTheCentreAndStacksThem) {
     EXPECT_EQ(ninth.position.z, -5 + 2 * 10);
     EXPECT_EQ(ninth.heading.azimuth_heading, 180) << "raised past the centre, it looks back";
     for (const int none : {0, -1}) {
-        const qnl_seat seat = layout.get_seat(none);
-        EXPECT_EQ(seat.id, none);
-        EXPECT_EQ(seat.position.z, 0);
+        EXPECT_EQ(layout.get_seat(none).id, none);
+        EXPECT_EQ(layout.get_seat(none).position.z, 0);
     }
 
     json stacking = good_layout();
@@ -83,39 +68,32 @@ TEST(RoomLayout, CutsNumbersTo32Bits) {
 }
 
 TEST(RoomLayout, ReportsEverythingMissingBeforeItGivesUp) {
+    const auto missing = [](const std::string& key) {
+        return "ERROR: A Room in the Room Configuration file is missing its " + key + " property";
+    };
+    const auto given_up = HasSubstr("Failed to initialize room layout because: [json.exception.");
     log_capture log;
     EXPECT_THAT(quenlis_room_layout("nothing", json("a text")).seats(), IsEmpty());
-    EXPECT_THAT(
-        log.take(),
-        ElementsAre(
-            log_entry{QNL_LOG_ERROR, "A Room in the Room Configuration file is missing its 'id' property"},
-            log_entry{QNL_LOG_ERROR, "A Room in the Room Configuration file is missing its 'desc' property"},
-            log_entry{QNL_LOG_ERROR, "A Room in the Room Configuration file is missing its "
-                                     "'allowParticipantStacking' property"},
-            log_entry{QNL_LOG_ERROR,
-                      "A Room in the Room Configuration file is missing its 'openRoom' property"},
-            log_entry{QNL_LOG_ERROR,
-                      "A Room in the Room Configuration file is missing its 'centerPoint' property"},
-            log_entry{QNL_LOG_ERROR, "A Room in the Room Configuration file is missing its 'seats' property"},
-            log_entry{QNL_LOG_ERROR, "\n Failed to initialize room layout because: "
-                                     "[json.exception.type_error.304] cannot use at() with string."}));
+    EXPECT_THAT(log.take(),
+                ElementsAre(missing("'id'"), missing("'desc'"), missing("'allowParticipantStacking'"),
+                            missing("'openRoom'"), missing("'centerPoint'"), missing("'seats'"),
+                            "ERROR: \n Failed to initialize room layout because: "
+                            "[json.exception.type_error.304] cannot use at() with string."));
 
     json no_centre_z = good_layout();
     no_centre_z["centerPoint"].erase("z");
     EXPECT_EQ(quenlis_room_layout("centre", no_centre_z).id(), 7) << "what was read before stays";
-    EXPECT_THAT(
-        messages(log),
-        ElementsAre(
-            "A Room in the Room Configuration file is missing its 'x','y','z' for the "
-            "'centerPoint' property",
-            HasSubstr("Failed to initialize room layout because: [json.exception.out_of_range.403]")));
+    EXPECT_THAT(log.take(), ElementsAre(missing("'x','y','z' for the 'centerPoint'"), given_up));
 
     json no_delta = good_layout();
     no_delta.erase("stackDelta");
     EXPECT_THAT(quenlis_room_layout("delta", no_delta).seats(), IsEmpty());
-    EXPECT_THAT(messages(log),
-                ElementsAre("A Room in the Room Configuration file is missing its 'stackDelta' property",
-                            HasSubstr("Failed to initialize room layout because:")));
+    EXPECT_THAT(log.take(), ElementsAre(missing("'stackDelta'"), given_up));
+
+    json no_seat_list = good_layout();
+    no_seat_list["seats"] = {{"x", 1}};
+    EXPECT_THAT(quenlis_room_layout("object", no_seat_list).seats(), IsEmpty());
+    EXPECT_THAT(log.take(), ElementsAre(given_up));
 }
 
 TEST(RoomLayout, ClosesUpSeatsBehindABadEntry) {
@@ -125,12 +103,9 @@ TEST(RoomLayout, ClosesUpSeatsBehindABadEntry) {
     const quenlis_room_layout read("gap", layout);
     EXPECT_EQ(read.seats().size(), 3U);
     EXPECT_EQ(read.get_seat(2).position.z, 5);
-    EXPECT_THAT(messages(log),
-                ElementsAre("A Seat in the Room Configuration file does not have all the 'x', 'y', "
+    EXPECT_THAT(log.take(),
+                ElementsAre("ERROR: A Seat in the Room Configuration file does not have all the 'x', 'y', "
                             "and / or 'z' properties"));
-    layout["seats"] = {{"x", 1}};
-    EXPECT_THAT(quenlis_room_layout("object", layout).seats(), IsEmpty());
-    EXPECT_THAT(messages(log), ElementsAre(HasSubstr("Failed to initialize room layout because:")));
 }
 
 TEST(RoomLayout, ReadsDefaultStatesInAnyCase) {
@@ -141,124 +116,100 @@ TEST(RoomLayout, ReadsDefaultStatesInAnyCase) {
     EXPECT_EQ(read.default_states().size(), 2U);
     EXPECT_EQ(read.default_states().at(QNL_CONTROL_ANC_ENABLE), 1);
     EXPECT_EQ(read.seats().size(), 4U);
-    EXPECT_THAT(
-        messages(log),
-        ElementsAre("no_control is not a valid control.",
-                    "A Room in the Room Configuration file has an invalid default state of no_control"));
-
-    layout["defaultStates"] = {{"a", "text"}};
-    EXPECT_THAT(quenlis_room_layout("bad value", layout).seats(), IsEmpty());
-    layout["defaultStates"] = json::array({1});
-    EXPECT_THAT(quenlis_room_layout("bad type", layout).seats(), IsEmpty());
-}
-
-TEST(RoomLayout, RefusesASeatItDoesNotHave) {
-    json layout = good_layout();
-    layout["seats"] = json::array();
-    const quenlis_room_layout empty("bare", layout);
-    log_capture log;
-    try {
-        empty.get_seat(1);
-        ADD_FAILURE() << "a seat of a layout without seats";
-    } catch (const quenlis_exception& refusal) {
-        EXPECT_EQ(refusal.code(), QNL_ERROR_INVALID_VALUE);
+    EXPECT_THAT(log.take(), ElementsAre("WARNING: no_control is not a valid control.",
+                                        "ERROR: A Room in the Room Configuration file has an invalid default "
+                                        "state of no_control"));
+    for (const json& bad : {json{{"a", "text"}}, json::array({1})}) {
+        layout["defaultStates"] = bad;
+        EXPECT_THAT(quenlis_room_layout("bad", layout).seats(), IsEmpty()) << bad;
     }
-    EXPECT_THAT(log.take(), ElementsAre(log_entry{QNL_LOG_WARNING, "Room layout 7 (bare) has no seats."}));
-    EXPECT_EQ(empty.get_seat(0).id, 0);
 }
 
-/// What a start with these bytes as the layout file logs; the engine must be usable after it.
-std::vector<std::string> lines_of_start_with(const std::string& bytes) {
-    const test_kit::temporary_directory directory;
-    const std::string path = directory.write("layouts.json", bytes);
-    log_capture log(QNL_LOG_WARNING);
-    quenlis_sound_manager manager(path.c_str(), {48000, 480, 2, false, 1});
-    std::vector<std::string> lines = messages(log);
+/// What a start with this layout file logs; the engine must be usable after it.
+std::vector<std::string> lines_of_start(const char* path) {
+    log_capture log;
+    quenlis_sound_manager manager(path, {48000, 480, 2, false, 1});
     EXPECT_EQ(manager.create_room(1), QNL_ERROR_NONE);
     EXPECT_EQ(manager.add_participant(1, 1, "", {48000, 1, QNL_PARTICIPANT_REGULAR}), QNL_ERROR_NONE);
     EXPECT_FALSE(manager.room_layouts_text().empty());
-    return lines;
+    return log.take();
+}
+
+std::vector<std::string> lines_of_start_with(const std::string& bytes) {
+    const test_kit::temporary_directory directory;
+    return lines_of_start(directory.write("layouts.json", bytes).c_str());
 }
 
 TEST(RoomLayoutFile, FallsBackFromAnythingBroken) {
     const std::string good = test_kit::row_layout(2);
-    const std::string deep(300, '[');
+    EXPECT_THAT(lines_of_start_with(good), IsEmpty());
     for (const std::string& bytes :
          {std::string(), std::string("{"), good.substr(0, good.size() - 1), good + "x", good + '\0',
-          deep + std::string(300, ']'), std::string("{\"default\":\"\xff\",\"room_list\":{}}"),
-          std::string("\0\0\0", 3), std::string(R"({"default":1,"room_list":{}})"),
-          std::string(R"({"default":"0","room_list":[{}]})")})
+          std::string("{\"default\":\"\xff\",\"room_list\":{}}"), std::string("\0\0\0", 3),
+          std::string(R"({"default":1,"room_list":{}})"), std::string(R"({"default":"0","room_list":[{}]})"),
+          std::string((size_t{64} << 20) + 1, ' ')})
         EXPECT_THAT(lines_of_start_with(bytes), ElementsAre(fallback_line)) << bytes.substr(0, 40);
 
-    EXPECT_THAT(
-        lines_of_start_with("{}"),
-        ElementsAre("The Room Configuration file is missing the 'room_list' property", fallback_line));
+    const std::string file = "WARNING: The Room Configuration file";
+    EXPECT_THAT(lines_of_start_with("{}"),
+                ElementsAre(file + " is missing the 'room_list' property", fallback_line));
     EXPECT_THAT(lines_of_start_with(R"({"room_list":{}})"),
-                ElementsAre("The Room Configuration file is missing its 'default' property", fallback_line));
+                ElementsAre(file + " is missing its 'default' property", fallback_line));
     EXPECT_THAT(lines_of_start_with(R"({"room_list":{},"default":"x"})"),
                 ElementsAre(HasSubstr("'default' property names no entry"), fallback_line));
-    EXPECT_THAT(lines_of_start_with(good), IsEmpty());
 }
 
-TEST(RoomLayoutFile, CountsTheLevelsOfNesting) {
+TEST(RoomLayoutFile, MayNest256LevelsDeep) {
     const auto nested = [](size_t levels) {
         return R"({"default":"fallback_layout","extra":)" + std::string(levels - 1, '[') +
                std::string(levels - 1, ']') + R"(,"room_list":{}})";
     };
-    EXPECT_THAT(lines_of_start_with(nested(256)), Contains(HasSubstr("names no entry")))
-        << "256 levels parse";
+    EXPECT_THAT(lines_of_start_with(nested(256)), Contains(HasSubstr("names no entry")));
     EXPECT_THAT(lines_of_start_with(nested(257)), ElementsAre(fallback_line));
 }
 
-TEST(RoomLayoutFile, OfAnySizeIsReadInProportionalTime) {
+TEST(RoomLayoutFile, OfManySeatsIsReadInProportionalTime) {
     std::string seats = R"({"x":0,"y":0,"z":0})";
     for (int seat = 0; seat < 80000; ++seat)
         seats += R"(,{"x":1,"y":2,"z":3})";
-    const std::string layout = good_layout().dump();
     const std::string large =
-        R"({"default":"row","room_list":{"row":)" + layout + R"(},"extra":[)" + seats + "]}";
+        R"({"default":"row","room_list":{"row":)" + good_layout().dump() + R"(},"extra":[)" + seats + "]}";
     const auto start = std::chrono::steady_clock::now();
     EXPECT_THAT(lines_of_start_with(large), IsEmpty());
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5))
         << "squared, it takes minutes";
-    EXPECT_THAT(lines_of_start_with(std::string((size_t{64} << 20) + 1, ' ')), ElementsAre(fallback_line));
 }
 
 TEST(RoomLayoutFile, NeedsAReadableFile) {
     const test_kit::temporary_directory directory;
     const std::string missing = directory.path_of("missing.json");
-    log_capture log(QNL_LOG_WARNING);
-    const qnl_library_configuration configuration{48000, 480, 2, false, 1};
-    const quenlis_sound_manager without(missing.c_str(), configuration);
-    EXPECT_THAT(messages(log),
-                ElementsAre(missing +
+    EXPECT_THAT(lines_of_start(missing.c_str()),
+                ElementsAre("WARNING: " + missing +
                                 " does not exist. Please check the path to your room configuration file is "
                                 "correct",
                             fallback_line));
-    const quenlis_sound_manager of_directory(directory.path().c_str(), configuration);
-    EXPECT_THAT(messages(log), ElementsAre(fallback_line));
-    const quenlis_sound_manager null(nullptr, configuration);
-    EXPECT_THAT(messages(log),
-                ElementsAre("You disabled custom room layouts by using NULL for the room layout file path.",
+    EXPECT_THAT(lines_of_start(directory.path().c_str()), ElementsAre(fallback_line));
+    EXPECT_THAT(lines_of_start(nullptr),
+                ElementsAre("WARNING: You disabled custom room layouts by using NULL "
+                            "for the room layout file path.",
                             fallback_line));
 }
 
 TEST(RoomLayoutFile, KeepsTheLayoutsOfAFailedFirstAttempt) {
-    const test_kit::temporary_directory directory;
-    const std::string path = directory.write("layouts.json", R"({"default":"nowhere","room_list":{"row":)" +
-                                                                 good_layout().dump() + "}}");
-    quenlis_sound_manager manager(path.c_str(), {48000, 480, 2, false, 1});
-    ASSERT_NE(manager.get_room_layout(7), nullptr);
-    ASSERT_NE(manager.get_room_layout(1), nullptr);
-    EXPECT_EQ(manager.get_room_layout(1)->name(), "fallback_layout");
-    EXPECT_EQ(manager.get_room_layout(2), nullptr);
+    const std::string row = good_layout().dump();
+    test_kit::engine engine({}, {48000, 480, 2, false, 1},
+                            R"({"default":"nowhere","room_list":{"row":)" + row + "}}");
+    qnl_handle const handle = engine.handle();
     int layout = 0;
-    manager.create_room(1);
-    manager.get_layout_of_room(1, &layout);
-    EXPECT_EQ(layout, 1);
-    EXPECT_EQ(manager.set_room_layout(1, 7), QNL_ERROR_NONE);
-    EXPECT_EQ(json::parse(manager.room_layouts_text())["room_list"].size(), 1U)
-        << "the text is the fallback's";
+    qnl_get_room_layout(handle, 1, &layout);
+    EXPECT_EQ(layout, 1) << "the fallback's";
+    EXPECT_EQ(qnl_set_room_layout(handle, 1, 7), QNL_ERROR_NONE);
+    EXPECT_EQ(qnl_set_room_layout(handle, 1, 2), QNL_ERROR_INVALID_VALUE);
+    EXPECT_STREQ(
+        qnl_get_json_all_room_layouts(handle),
+        R"({"default":"fallback_layout","room_list":{"fallback_layout":{"allowParticipantStacking":true,)"
+        R"("centerPoint":{"x":0,"y":0,"z":0},"desc":"This is the fallback room layout when your custom room )"
+        R"(layout file is missing or corrupted","id":1,"openRoom":true,"seats":[{"x":0,"y":0,"z":0}]}}})");
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include "kit/log_capture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -37,8 +36,6 @@ TEST_F(Snapshots, OfARoomHoldEverythingSortedWithoutWhitespace) {
 }
 
 TEST_F(Snapshots, OfAControlListItAcrossTheRoom) {
-    EXPECT_EQ(room_.get_all_participants_state(QNL_CONTROL_DEVICE),
-              R"({"control_to_edit":"QNL_CONTROL_DEVICE","room_id":8})");
     room_.add_participant({48000, 1, QNL_PARTICIPANT_REGULAR}, 5, "a");
     room_.add_participant({48000, 1, QNL_PARTICIPANT_LISTENER_ONLY}, 2, "b");
     room_.set_participant_state(2, QNL_CONTROL_DEVICE, 2);
@@ -51,7 +48,7 @@ TEST_F(Snapshots, RaiseForAnUnknownControlAndANameThatIsNotUtf8) {
     const auto unknown = static_cast<qnl_audio_control>(15);
     test_kit::log_capture log;
     EXPECT_EQ(room_.get_all_participants_state(unknown), R"({"control_to_edit":"","room_id":8})");
-    EXPECT_EQ(log.take().front().message, "State 15 is not valid, must be between 1 and 14.");
+    EXPECT_EQ(log.take().front(), "WARNING: State 15 is not valid, must be between 1 and 14.");
     room_.add_participant({48000, 1, QNL_PARTICIPANT_REGULAR}, 5, "\xff");
     EXPECT_THROW(room_.get_all_participants_state(unknown), quenlis_exception);
     EXPECT_THROW(room_.get_json().dump(), json::type_error);

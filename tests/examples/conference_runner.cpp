@@ -2,7 +2,6 @@
 
 #include <sndfile.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <random>
@@ -51,14 +50,7 @@ void conference_runner::record(const std::string& name, const audio& content, in
     info.format = format;
     SNDFILE* file = sf_open((folder / name).c_str(), SFM_WRITE, &info);
     ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
-    if ((format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16) {
-        std::vector<short> whole(samples.size());
-        std::transform(samples.begin(), samples.end(), whole.begin(),
-                       [](float sample) { return static_cast<short>(sample * 32768.0F); });
-        sf_write_short(file, whole.data(), static_cast<sf_count_t>(whole.size()));
-    } else {
-        sf_write_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
-    }
+    sf_write_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
     sf_close(file);
 }
 

@@ -2,43 +2,37 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
+using namespace testing;
 
 constexpr float mono_to_stereo = 0.70710677F;
 constexpr double rounding = 1e-6; // a few steps of a 32-bit float at the levels used here
 constexpr std::size_t block = 480;
+const std::string layouts = "--layout-file " QUENLIS_SOURCE_DIR "/examples/conference/layouts.json ";
 
 struct share {
     const std::vector<float>& talk;
     float gain;
 };
 
-std::vector<float> sum(const std::vector<share>& shares, std::size_t frames) {
-    std::vector<float> total(frames);
+/// Checks one side of a mix against the talkers' shares in it; shorter talkers are followed by silence.
+void expect_sum(const std::vector<float>& heard, const std::vector<share>& shares, std::size_t frames,
+                double tolerance = rounding) {
+    std::vector<float> expected(frames);
     for (const auto& [talk, gain] : shares)
         for (std::size_t i = 0; i < talk.size(); ++i)
-            total[i] += gain * talk[i];
-    return total;
-}
-
-void expect_equal(const std::vector<float>& heard, const std::vector<float>& expected, double tolerance) {
-    ASSERT_EQ(heard.size(), expected.size());
-    for (std::size_t i = 0; i < heard.size(); ++i)
-        ASSERT_NEAR(heard[i], expected[i], tolerance) << "frame " << i;
+            expected[i] += gain * talk[i];
+    EXPECT_THAT(heard, testing::Pointwise(testing::FloatNear(static_cast<float>(tolerance)), expected));
 }
 
 /// Alice, Bob and Carol as mono talkers of different lengths, none of them a whole number of blocks.
 class conference_mix : public conference_runner {
 protected:
     conference_mix() {
-        record("alice.wav", alice);
-        record("bob.wav", bob);
-        record("carol.wav", carol);
+        record("alice.wav", {alice});
+        record("bob.wav", {bob});
+        record("carol.wav", {carol});
     }
 
     void hold_well(const std::string& options) {
@@ -48,133 +42,104 @@ protected:
     }
 
     /// Checks both sides of a stereo mix of mono talkers.
-    void expect_heard(const std::string& listener, const std::vector<share>& shares) {
-        std::vector<share> sides;
-        for (const auto& [talk, gain] : shares)
-            sides.push_back({talk, gain * mono_to_stereo});
+    void expect_heard(const std::string& listener, float of_alice, float of_bob, float of_carol,
+                      std::size_t frames = 5 * block) {
         const audio heard = mix(listener);
         ASSERT_EQ(heard.size(), 2U);
         for (const auto& side : heard)
-            expect_equal(side, sum(sides, frames), rounding);
+            expect_sum(side,
+                       {{alice, of_alice * mono_to_stereo},
+                        {bob, of_bob * mono_to_stereo},
+                        {carol, of_carol * mono_to_stereo}},
+                       frames);
     }
 
-    const audio alice = noise(1, 1, 1000);
-    const audio bob = noise(2, 1, 100);
-    const audio carol = noise(3, 1, 2000);
-    static constexpr std::size_t frames = 5 * block; // the longest talker, filled up to whole blocks
+    const std::vector<float> alice = noise(1, 1, 1000)[0];
+    const std::vector<float> bob = noise(2, 1, 100)[0];
+    const std::vector<float> carol = noise(3, 1, 2000)[0];
 };
 
 TEST_F(conference_mix, everybody_hears_the_sum_of_the_others_on_both_sides) {
     hold_well("--listeners 1");
-    expect_heard("1-alice", {{bob[0], 1}, {carol[0], 1}});
-    expect_heard("2-bob", {{alice[0], 1}, {carol[0], 1}});
-    expect_heard("3-carol", {{alice[0], 1}, {bob[0], 1}});
-    expect_heard("4-listener1", {{alice[0], 1}, {bob[0], 1}, {carol[0], 1}});
+    expect_heard("1-alice", 0, 1, 1);
+    expect_heard("2-bob", 1, 0, 1);
+    expect_heard("3-carol", 1, 1, 0);
+    expect_heard("4-listener1", 1, 1, 1);
 }
 
 TEST_F(conference_mix, a_mono_output_brings_mono_talkers_back_at_unity) {
     hold_well("--channels 1");
     const audio heard = mix("1-alice");
     ASSERT_EQ(heard.size(), 1U);
-    expect_equal(heard[0], sum({{bob[0], 1}, {carol[0], 1}}, frames), rounding);
+    expect_sum(heard[0], {{bob, 1}, {carol, 1}}, 5 * block);
 }
 
-TEST_F(conference_mix, whisperers_hear_the_main_room_at_a_quarter_and_are_not_heard_there) {
+TEST_F(conference_mix, whisperers_hear_the_main_room_at_a_quarter_and_a_sidebar_only_itself) {
     hold_well("--whisper alice,2=3");
-    expect_heard("1-alice", {{bob[0], 1}, {carol[0], 0.25F}});
-    expect_heard("2-bob", {{alice[0], 1}, {carol[0], 0.25F}});
-    expect_heard("3-carol", {});
-}
-
-TEST_F(conference_mix, a_sidebar_hears_only_itself) {
+    expect_heard("1-alice", 0, 1, 0.25F);
+    expect_heard("2-bob", 1, 0, 0.25F);
+    expect_heard("3-carol", 0, 0, 0);
     hold_well("--sidebar alice,bob=1");
-    expect_heard("1-alice", {{bob[0], 1}});
-    expect_heard("2-bob", {{alice[0], 1}});
-    expect_heard("3-carol", {});
+    expect_heard("1-alice", 0, 1, 0);
+    expect_heard("3-carol", 0, 0, 0);
 }
 
 TEST_F(conference_mix, controls_are_set_by_name_or_number_for_one_or_for_all) {
     hold_well("--set alice:QNL_CONTROL_MUTE_ENABLE=true --set 12=50 --set 3:qnl_control_master_gain=25");
-    expect_heard("1-alice", {{bob[0], 0.5F}, {carol[0], 0.5F}});
-    expect_heard("2-bob", {{carol[0], 0.5F}});
-    expect_heard("3-carol", {{bob[0], 0.25F}});
+    expect_heard("1-alice", 0, 0.5F, 0.5F);
+    expect_heard("2-bob", 0, 0, 0.5F);
+    expect_heard("3-carol", 0, 0.25F, 0);
 }
 
-TEST_F(conference_mix, other_block_lengths_give_the_same_mix) {
+TEST_F(conference_mix, other_block_lengths_and_layouts_give_the_same_mix) {
     for (const std::size_t length : {512U, 960U, 1024U}) {
         hold_well("--frames " + std::to_string(length));
-        const std::size_t whole = (carol[0].size() + length - 1) / length * length;
-        expect_equal(mix("2-bob")[1], sum({{alice[0], mono_to_stereo}, {carol[0], mono_to_stereo}}, whole),
-                     rounding);
+        expect_heard("2-bob", 1, 0, 1, (carol.size() + length - 1) / length * length);
     }
+    hold_well(layouts);
+    expect_heard("2-bob", 1, 0, 1);
+    hold_well(layouts + "--layout 2"); // its default states halve the master gain
+    expect_heard("2-bob", 0.5F, 0, 0.5F);
+    hold_well(layouts + "--layout 3");
+    expect_heard("2-bob", 1, 0, 1);
 }
 
-TEST_F(conference_mix, the_layouts_of_the_example_can_be_used) {
-    const std::string layouts = QUENLIS_SOURCE_DIR "/examples/conference/layouts.json";
-    hold_well("--layout-file " + layouts);
-    expect_heard("2-bob", {{alice[0], 1}, {carol[0], 1}});
-    hold_well("--layout 2 --layout-file " + layouts);
-    expect_heard("2-bob", {{alice[0], 0.5F}, {carol[0], 0.5F}});
-    hold_well("--layout 3 --layout-file " + layouts);
-    expect_heard("2-bob", {{alice[0], 1}, {carol[0], 1}});
-}
-
-class conference_formats : public conference_runner, public testing::WithParamInterface<std::string> {};
-
-TEST_P(conference_formats, a_stereo_talker_keeps_both_sides_beside_a_mono_talker) {
+TEST_F(conference_runner, a_stereo_talker_keeps_both_sides_beside_a_mono_talker_in_every_format) {
     const audio band = noise(4, 2, 4 * block);
     const audio singer = noise(5, 1, 4 * block);
     record("band.flac", band, 48000, flac);
     record("singer.wav", singer, 48000, wav_16);
-    const outcome result = hold(GetParam() + " --listeners 1 band.flac singer.wav");
-    ASSERT_EQ(result.exit_code, 0) << result.err;
-    const audio heard = mix("3-listener1");
-    ASSERT_EQ(heard.size(), 2U);
-    // The 16-bit calls scale by 3.0518e-5 and cut towards zero, which costs up to two steps.
-    const double tolerance = GetParam().find("short") == std::string::npos ? rounding : 2.0 / 32768;
-    for (std::size_t side = 0; side < 2; ++side)
-        expect_equal(heard[side], sum({{band[side], 1}, {singer[0], mono_to_stereo}}, 4 * block), tolerance);
-}
-
-INSTANTIATE_TEST_SUITE_P(all, conference_formats,
-                         testing::Values("--sample-type short", "--sample-type short --interleaving planar",
-                                         "--sample-type float", "--sample-type float --interleaving planar",
-                                         "--sample-type double",
-                                         "--sample-type double --interleaving planar"));
-
-constexpr const char* two_layouts = R"({"default": "row", "room_list": {
-    "row":  {"id": 1, "desc": "", "allowParticipantStacking": true, "openRoom": false,
-             "centerPoint": {"x": 0, "y": 0, "z": 0}, "seats": [{"x": 0, "y": 0, "z": -1}, {"x": 1, "y": 0, "z": 0}]},
-    "open": {"id": 7, "desc": "", "allowParticipantStacking": true, "openRoom": true,
-             "centerPoint": {"x": 0, "y": 0, "z": 0}, "seats": [{"x": 0, "y": 0, "z": 0}]}}})";
-
-class conference_report : public conference_runner {
-protected:
-    conference_report() {
-        record("tone.wav", {std::vector<float>(2 * block, 0.5F)});
-        record("short.wav", {std::vector<float>(block, 0.1F)});
-        write_text("layouts.json", two_layouts);
+    for (const std::string type : {"short", "float", "double"}) {
+        for (const std::string interleaving : {"interleaved", "planar"}) {
+            const outcome result = hold("--sample-type " + type + " --interleaving " + interleaving +
+                                        " --listeners 1 band.flac singer.wav");
+            ASSERT_EQ(result.exit_code, 0) << result.err;
+            const audio heard = mix("3-listener1");
+            // The 16-bit calls scale by 3.0518e-5 and cut towards zero, which costs up to two steps.
+            const double tolerance = type == "short" ? 2.0 / 32768 : rounding;
+            for (std::size_t side = 0; side < 2; ++side)
+                expect_sum(heard.at(side), {{band[side], 1}, {singer[0], mono_to_stereo}}, 4 * block,
+                           tolerance);
+        }
     }
-};
-
-TEST_F(conference_report, lists_seats_levels_and_blocks_without_audio) {
-    const outcome result = hold("--layout-file layouts.json tone.wav short.wav");
-    ASSERT_EQ(result.exit_code, 0) << result.err;
-    EXPECT_THAT(result.out, testing::ContainsRegex("1 +tone +1 +-6\\.0 +-26\\.0 +-23\\.0 +1\n"));
-    EXPECT_THAT(result.out, testing::ContainsRegex("2 +short +2 +-20\\.0 +-9\\.0 +-9\\.0 +0\n"));
-    EXPECT_THAT(result.out, HasSubstr("times faster than real time"));
 }
 
-TEST_F(conference_report, shows_the_engines_log_when_asked) {
-    const outcome result = hold("--log info tone.wav");
-    EXPECT_EQ(result.exit_code, 0);
-    EXPECT_THAT(result.out, HasSubstr("[INFO]: A new room with id 1 was created"));
-}
+TEST_F(conference_runner, the_report_lists_seats_levels_and_blocks_without_audio) {
+    record("tone.wav", {std::vector<float>(2 * block, 0.5F)});
+    record("short.wav", {std::vector<float>(block, 0.1F)});
+    const outcome table = hold(layouts + "tone.wav short.wav");
+    ASSERT_EQ(table.exit_code, 0) << table.err;
+    EXPECT_THAT(table.out, testing::ContainsRegex("1 +tone +1 +-6\\.0 +-26\\.0 +-23\\.0 +1\n"));
+    EXPECT_THAT(table.out, testing::ContainsRegex("2 +short +2 +-20\\.0 +-9\\.0 +-9\\.0 +0\n"));
+    EXPECT_THAT(table.out, HasSubstr("times faster than real time"));
 
-TEST_F(conference_report, says_nothing_when_quiet) {
-    const outcome result = hold("--quiet --layout-file layouts.json --layout 7 --device speaker tone.wav");
-    EXPECT_EQ(result.exit_code, 0);
-    EXPECT_THAT(result.out + result.err, IsEmpty());
+    const outcome logged = hold("--log info tone.wav");
+    EXPECT_EQ(logged.exit_code, 0);
+    EXPECT_THAT(logged.out, HasSubstr("[INFO]: A new room with id 1 was created"));
+
+    const outcome quiet = hold("--quiet --device speaker " + layouts + "--layout 3 tone.wav");
+    EXPECT_EQ(quiet.exit_code, 0);
+    EXPECT_THAT(quiet.out + quiet.err, IsEmpty());
 }
 
 } // namespace

@@ -1,18 +1,17 @@
 // What an output format must be, and what is derived from it.
 #include "frame/common_object.h"
-#include "frame/sound_manager.h"
 #include "kit/log_capture.h"
+#include "quenlis.h"
 
+#include <array>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
+#include <map>
 #include <thread>
 #include <vector>
 
 namespace {
 
-using test_kit::log_capture;
-using test_kit::log_entry;
 using testing::ElementsAre;
 
 int code_of_start(qnl_library_configuration configuration) {
@@ -25,22 +24,18 @@ int code_of_start(qnl_library_configuration configuration) {
 }
 
 TEST(StartUp, AcceptsExactlyItsRatesAndBlocks) {
-    struct rate {
-        int hz;
-        std::vector<int> frames;
-    };
-    const std::vector<rate> table = {{8000, {80, 160}},
-                                     {16000, {160, 320}},
-                                     {24000, {240, 256, 480, 512}},
-                                     {32000, {320, 640, 683}},
-                                     {48000, {480, 512, 960, 1024}}};
-    for (const auto& [hz, accepted] : table) {
+    const std::map<int, std::vector<int>> accepted = {{8000, {80, 160}},
+                                                      {16000, {160, 320}},
+                                                      {24000, {240, 256, 480, 512}},
+                                                      {32000, {320, 640, 683}},
+                                                      {48000, {480, 512, 960, 1024}}};
+    for (const auto& [hz, blocks] : accepted) {
         std::vector<int> passed;
         for (int frames = -2; frames <= 1100; ++frames) {
             if (code_of_start({hz, frames, 1, false, 3}) == QNL_ERROR_NONE)
                 passed.push_back(frames);
         }
-        EXPECT_EQ(passed, accepted) << hz;
+        EXPECT_EQ(passed, blocks) << hz;
     }
     for (const int hz : {44100, 0, -48000, 96000})
         EXPECT_EQ(code_of_start({hz, 480, 1, false, 3}), QNL_ERROR_SAMPLE_RATE);
@@ -49,7 +44,7 @@ TEST(StartUp, AcceptsExactlyItsRatesAndBlocks) {
 }
 
 TEST(StartUp, NamesTheFirstFaultAndProposesBlocks) {
-    log_capture log;
+    test_kit::log_capture log;
     EXPECT_EQ(code_of_start({44100, 1, 3, false, 9}), QNL_ERROR_SAMPLE_RATE);
     EXPECT_EQ(code_of_start({16000, 170, 3, false, 9}), QNL_ERROR_DATA_LENGTH);
     EXPECT_EQ(code_of_start({16000, 160, 3, false, 9}), QNL_ERROR_NUM_CHANNELS);
@@ -58,57 +53,45 @@ TEST(StartUp, NamesTheFirstFaultAndProposesBlocks) {
     EXPECT_THAT(
         log.take(),
         ElementsAre(
-            log_entry{QNL_LOG_ERROR,
-                      "You provided 44100 but you must choose a sampling rate of either 8000, 16000, "
-                      "24000, 32000, or 48000"},
-            log_entry{QNL_LOG_ERROR,
-                      "You provided 170 must choose an output number of frames of either 10 or 20 "
-                      "milliseconds. Based on your chosen sampling rate of 16000 this would be either "
-                      "160 frames or 320 frames."},
-            log_entry{QNL_LOG_ERROR,
-                      "You provided 3 but you must choose either 1 or 2 for output number of channels"},
-            log_entry{QNL_LOG_ERROR, "You provided 6 but you must choose a spatial quality between 1 and 5"},
-            log_entry{QNL_LOG_ERROR,
-                      "You provided 0 but you must choose a spatial quality between 1 and 5"}));
+            "ERROR: You provided 44100 but you must choose a sampling rate of either 8000, 16000, 24000, "
+            "32000, or 48000",
+            "ERROR: You provided 170 must choose an output number of frames of either 10 or 20 milliseconds. "
+            "Based on your chosen sampling rate of 16000 this would be either 160 frames or 320 frames.",
+            "ERROR: You provided 3 but you must choose either 1 or 2 for output number of channels",
+            "ERROR: You provided 6 but you must choose a spatial quality between 1 and 5",
+            "ERROR: You provided 0 but you must choose a spatial quality between 1 and 5"));
 }
 
 TEST(StartUp, DerivesTheSizesOfASource) {
     struct sizes {
         qnl_library_configuration configuration;
-        int32_t ir_length, fft_size, filter_length, number_partitions;
+        std::vector<int32_t> derived; // impulse response, transform, filter, partitions
     };
     const std::vector<sizes> table = {
-        {{48000, 480, 2, false, 3}, 2048, 1024, 2048, 4}, {{16000, 320, 2, false, 1}, 512, 2048, 1024, 1},
-        {{48000, 512, 2, false, 1}, 512, 1024, 512, 1},   {{48000, 480, 2, false, 1}, 512, 1024, 512, 1},
-        {{32000, 683, 2, false, 5}, 8192, 2048, 8192, 8}, {{8000, 160, 2, false, 4}, 4096, 2048, 4096, 4},
-        {{24000, 512, 2, false, 2}, 1024, 2048, 1024, 1},
+        {{48000, 480, 2, false, 3}, {2048, 1024, 2048, 4}}, {{16000, 320, 2, false, 1}, {512, 2048, 1024, 1}},
+        {{48000, 512, 2, false, 1}, {512, 1024, 512, 1}},   {{48000, 480, 2, false, 1}, {512, 1024, 512, 1}},
+        {{32000, 683, 2, false, 5}, {8192, 2048, 8192, 8}}, {{8000, 160, 2, false, 4}, {4096, 2048, 4096, 4}},
+        {{24000, 512, 2, false, 2}, {1024, 2048, 1024, 1}},
     };
-    for (const auto& expected : table) {
-        const quenlis_common_object common = quenlis_common_object::derive(expected.configuration);
-        EXPECT_EQ(common.ir_length, expected.ir_length);
-        EXPECT_EQ(common.fft_size, expected.fft_size);
-        EXPECT_EQ(common.filter_length, expected.filter_length);
-        EXPECT_EQ(common.number_partitions, expected.number_partitions);
+    for (const auto& [configuration, derived] : table) {
+        const auto common = quenlis_common_object::derive(configuration);
+        EXPECT_THAT(derived, ElementsAre(common.ir_length, common.fft_size, common.filter_length,
+                                         common.number_partitions));
     }
 }
 
 TEST(StartUp, GivesTheConfigurationBackAndToleratesANullCode) {
     qnl_handle const handle = qnl_initialize_library(nullptr, nullptr, {24000, 256, 1, true, 5}, nullptr);
-    ASSERT_NE(handle, nullptr);
-    const qnl_library_configuration read = qnl_get_library_configuration(handle);
-    EXPECT_EQ(read.output_sampling_rate, 24000);
-    EXPECT_EQ(read.output_number_frames, 256);
-    EXPECT_EQ(read.output_number_channels, 1);
-    EXPECT_TRUE(read.interleaved);
-    EXPECT_EQ(read.spatial_quality, 5);
+    const auto [rate, frames, channels, interleaved, quality] = qnl_get_library_configuration(handle);
+    EXPECT_THAT((std::array{rate, frames, channels, interleaved ? 1 : 0, quality}),
+                ElementsAre(24000, 256, 1, 1, 5));
     qnl_destroy_library(handle);
     EXPECT_EQ(qnl_initialize_library(nullptr, nullptr, {1, 1, 1, false, 1}, nullptr), nullptr);
 }
 
 TEST(StartUp, MayHappenOnSeveralThreadsAtOnce) {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([] { EXPECT_EQ(code_of_start({48000, 480, 2, false, 3}), QNL_ERROR_NONE); });
+    const auto start = [] { EXPECT_EQ(code_of_start({48000, 480, 2, false, 3}), QNL_ERROR_NONE); };
+    std::thread threads[] = {std::thread(start), std::thread(start), std::thread(start), std::thread(start)};
     for (std::thread& thread : threads)
         thread.join();
 }

@@ -8,14 +8,10 @@
 
 namespace {
 
-using test_kit::engine;
-
 TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
-    engine engine({48000, 480, 2, false, 1}, test_kit::row_layout(3));
+    test_kit::engine engine({1, 1, 1}, {48000, 480, 2, false, 1}, test_kit::row_layout(3));
     qnl_handle const handle = engine.handle();
     constexpr int permanent = 3;
-    for (int id = 0; id < permanent; ++id)
-        engine.add(id);
     std::atomic<bool> stop{false};
     std::vector<std::thread> threads;
     const auto run = [&](auto work) {
@@ -26,7 +22,7 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
     };
     const std::vector<float> block(480, 0.1F);
     std::atomic<int> heard{0};
-    for (int id = 0; id < permanent; ++id) {
+    for (int id = 1; id <= permanent; ++id) {
         run([&, id](int) {
             EXPECT_EQ(qnl_input_audio_float(handle, 1, id, block.data(), 480), QNL_ERROR_NONE);
         });
@@ -41,17 +37,17 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
         qnl_remove_participant(handle, 1, 100);
     });
     run([&](int round) {
-        qnl_set_participant_seat(handle, 1, round % permanent, 1 + round % 7);
-        qnl_set_participant_state(handle, 1, round % permanent, QNL_CONTROL_SIDEBAR_ROOM, round % 2);
-        qnl_set_participant_name(handle, 1, round % permanent,
+        qnl_set_participant_seat(handle, 1, 1 + round % permanent, 1 + round % 7);
+        qnl_set_participant_state(handle, 1, 1 + round % permanent, QNL_CONTROL_SIDEBAR_ROOM, round % 2);
+        qnl_set_participant_name(handle, 1, 1 + round % permanent,
                                  round % 2 == 0 ? "a" : "a much longer name than a");
-        qnl_flush_data(handle, 1, round % permanent);
+        qnl_flush_data(handle, 1, 1 + round % permanent);
     });
     run([&](int round) {
         int numbers[3];
         char name[64];
-        qnl_get_participant_spherical(handle, 1, 0, 1 + round % 2, &numbers[0], &numbers[1], &numbers[2]);
-        qnl_get_participant_name(handle, 1, round % permanent, name, 63);
+        qnl_get_participant_spherical(handle, 1, 1, 2 + round % 2, &numbers[0], &numbers[1], &numbers[2]);
+        qnl_get_participant_name(handle, 1, 1 + round % permanent, name, 63);
         if (round % 16 == 0) {
             qnl_create_room(handle, 2);
             qnl_set_room_layout(handle, 2, 1);
@@ -63,9 +59,7 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_GT(heard, 0);
-    int count = 0;
-    EXPECT_EQ(qnl_get_participant_count(handle, 1, &count), QNL_ERROR_NONE);
-    EXPECT_EQ(count, permanent);
+    EXPECT_EQ(engine.participant_count(), permanent);
 }
 
 } // namespace

@@ -1,150 +1,64 @@
-/// The linker sends malloc and its kin here (see the link options of the kit); operator new and delete are
-/// replaced, so that the standard library's shared part comes here as well.
+/// The heap calls of the whole process come through here: the C library's are preempted by the functions below,
+/// and a sanitizer, which has a heap of its own, tells of its calls.
 #include "kit/allocation_counter.h"
 
 #include <cstdlib>
-#include <new>
 
 namespace {
 
 thread_local std::size_t allocation_count = 0;
 thread_local std::size_t release_count = 0;
 
-void* counted(void* block) {
-    allocation_count += block != nullptr ? 1 : 0;
-    return block;
-}
-
-void count_release(const void* block) {
-    release_count += block != nullptr ? 1 : 0;
-}
-
 } // namespace
+
+#if defined(QUENLIS_SANITIZED)
+
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*taken)(const volatile void*, std::size_t),
+                                                         void (*released)(const volatile void*));
+
+[[maybe_unused]] static const int hooks_installed = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void* /*block*/, std::size_t /*size*/) { ++allocation_count; },
+    [](const volatile void* block) { release_count += block != nullptr ? 1 : 0; });
+
+#else
 
 extern "C" {
 
-void* __real_malloc(std::size_t size);
-void* __real_calloc(std::size_t count, std::size_t size);
-void* __real_realloc(void* block, std::size_t size);
-void* __real_aligned_alloc(std::size_t alignment, std::size_t size);
-int __real_posix_memalign(void** block, std::size_t alignment, std::size_t size);
-void __real_free(void* block);
-void* __real___cxa_allocate_exception(std::size_t size);
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* block);
 
-void* __wrap_malloc(std::size_t size) {
-    return counted(__real_malloc(size));
+void* malloc(std::size_t size) {
+    ++allocation_count;
+    return __libc_malloc(size);
 }
 
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return counted(__real_calloc(count, size));
+void* calloc(std::size_t count, std::size_t size) {
+    ++allocation_count;
+    return __libc_calloc(count, size);
 }
 
-void* __wrap_realloc(void* block, std::size_t size) {
-    count_release(block);
-    return counted(__real_realloc(block, size));
+void* realloc(void* block, std::size_t size) {
+    ++allocation_count;
+    release_count += block != nullptr ? 1 : 0;
+    return __libc_realloc(block, size);
 }
 
-void* __wrap_aligned_alloc(std::size_t alignment, std::size_t size) {
-    return counted(__real_aligned_alloc(alignment, size));
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    ++allocation_count;
+    return __libc_memalign(alignment, size);
 }
 
-int __wrap_posix_memalign(void** block, std::size_t alignment, std::size_t size) {
-    const int result = __real_posix_memalign(block, alignment, size);
-    allocation_count += result == 0 ? 1 : 0;
-    return result;
-}
-
-void __wrap_free(void* block) {
-    count_release(block);
-    __real_free(block);
-}
-
-void* __wrap___cxa_allocate_exception(std::size_t size) {
-    return counted(__real___cxa_allocate_exception(size));
+void free(void* block) {
+    release_count += block != nullptr ? 1 : 0;
+    __libc_free(block);
 }
 
 } // extern "C"
 
-namespace {
-
-void* allocate(std::size_t size) noexcept {
-    return __wrap_malloc(size > 0 ? size : 1);
-}
-
-void* allocate(std::size_t size, std::align_val_t alignment) noexcept {
-    const auto step = static_cast<std::size_t>(alignment);
-    return __wrap_aligned_alloc(step, (size + step - 1) / step * step);
-}
-
-void* or_throw(void* block) {
-    if (block == nullptr)
-        throw std::bad_alloc();
-    return block;
-}
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    return or_throw(allocate(size));
-}
-void* operator new[](std::size_t size) {
-    return or_throw(allocate(size));
-}
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return allocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return allocate(size);
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return or_throw(allocate(size, alignment));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return or_throw(allocate(size, alignment));
-}
-void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t& /*tag*/) noexcept {
-    return allocate(size, alignment);
-}
-void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t& /*tag*/) noexcept {
-    return allocate(size, alignment);
-}
-
-void operator delete(void* block) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block) noexcept {
-    __wrap_free(block);
-}
-void operator delete(void* block, std::size_t /*size*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block, std::size_t /*size*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete(void* block, std::align_val_t /*alignment*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block, std::align_val_t /*alignment*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete(void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete(void* block, std::align_val_t /*alignment*/, const std::nothrow_t& /*tag*/) noexcept {
-    __wrap_free(block);
-}
-void operator delete[](void* block, std::align_val_t /*alignment*/, const std::nothrow_t& /*tag*/) noexcept {
-    __wrap_free(block);
-}
+#endif
 
 namespace test_kit {
 

@@ -7,9 +7,8 @@ namespace test_kit {
 
 /// Counts the heap calls of the calling thread from its construction on. Counters may nest.
 ///
-/// Seen are operator new and delete wherever they are called from; malloc and its kin, and thrown exceptions
-/// (one allocation each, never a release), where they are called from code linked into the test program. Heap
-/// calls inside shared libraries, such as the C library's own, are not seen.
+/// Seen are malloc, calloc, realloc, aligned_alloc, free and whatever is made of them, such as operator new,
+/// strings and thrown exceptions, in the test program and in shared libraries.
 ///
 ///     test_kit::allocation_counter heap;
 ///     qnl_output_audio_float(handle, 1, 1, block);

@@ -12,18 +12,10 @@
 
 namespace test_kit {
 
-/// The power of actual - expected over the power of expected, in dB; minus infinity when they are equal, plus
-/// infinity when only `expected` is silent or a value of the difference is not finite. The lengths must
-/// agree.
-double error_db(const std::vector<float>& expected, const std::vector<float>& actual);
-
-/// Passes when the error is at most `limit_db`; names the first index whose values differ at all otherwise.
+/// Passes when the power of actual - expected is at most `limit_db` over the power of expected. Says the error
+/// and the first index whose values differ otherwise. A NaN or infinity in the difference always fails.
 testing::AssertionResult error_below(const std::vector<float>& expected, const std::vector<float>& actual,
                                      double limit_db);
-
-/// Passes when no sample is off by more than `tolerance`; a NaN is always off.
-testing::AssertionResult all_within(const std::vector<float>& expected, const std::vector<float>& actual,
-                                    float tolerance);
 
 /// Passes when every value has the same bytes: -0 differs from 0, and a NaN equals itself.
 template <typename Sample>
@@ -31,12 +23,11 @@ testing::AssertionResult same_bits(const std::vector<Sample>& expected, const st
     if (expected.size() != actual.size())
         return testing::AssertionFailure() << expected.size() << " values expected, not " << actual.size();
     for (std::size_t i = 0; i < expected.size(); ++i) {
-        if (std::memcmp(&expected[i], &actual[i], sizeof(Sample)) != 0) {
+        if (std::memcmp(&expected[i], &actual[i], sizeof(Sample)) != 0)
             return testing::AssertionFailure()
                    << "first difference at index " << i << " of " << expected.size() << ": "
                    << testing::PrintToString(expected[i]) << " expected, not "
                    << testing::PrintToString(actual[i]);
-        }
     }
     return testing::AssertionSuccess();
 }

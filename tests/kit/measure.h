@@ -7,16 +7,10 @@
 
 namespace test_kit {
 
-/// The largest magnitude; NaN when a sample is NaN, 0 for no samples.
+/// The largest magnitude; 0 for no samples.
 float peak(const std::vector<float>& x);
 
-/// The root mean square in dB of full scale 1.0; minus infinity for silence.
-double level_db(const std::vector<float>& x);
-
-/// The amplitude of a sine of `hz` in `x`, found through a Hann window. Use at least ten periods.
-double amplitude_at(const std::vector<float>& x, double hz, double rate = 48000.0);
-
-/// How much louder `hz` is in `out` than in `in`, in dB.
+/// How much louder `hz` is in `out` than in `in`, in dB, seen through a Hann window. Use at least ten periods.
 double gain_db_at(const std::vector<float>& in, const std::vector<float>& out, double hz,
                   double rate = 48000.0);
 

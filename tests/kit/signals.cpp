@@ -1,9 +1,11 @@
 #include "kit/signals.h"
 
-#include <algorithm>
+#include "kit/measure.h"
+
 #include <array>
 #include <cmath>
 #include <random>
+#include <utility>
 
 namespace test_kit {
 namespace {
@@ -12,33 +14,25 @@ constexpr double pi = 3.14159265358979323846;
 constexpr double syllables_per_second = 4.0;
 
 /// Uniform from -1 to 1. The library's own distributions differ between standard libraries.
-class random_samples {
-public:
-    explicit random_samples(std::uint32_t seed) : engine_(seed) {}
-    double next() { return static_cast<double>(engine_()) / 2147483647.5 - 1.0; }
-
-private:
-    std::mt19937 engine_;
-};
+double next(std::mt19937& random) {
+    return static_cast<double>(random()) / 2147483647.5 - 1.0;
+}
 
 /// One vowel resonance: a pair of poles.
-class resonance {
-public:
+struct resonance {
+    double radius;
+    double turn;
+    double before = 0.0;
+    double before_that = 0.0;
+
     resonance(double hz, double bandwidth, double rate)
-        : radius_(std::exp(-pi * bandwidth / rate)), turn_(2.0 * radius_ * std::cos(2.0 * pi * hz / rate)) {}
+        : radius(std::exp(-pi * bandwidth / rate)), turn(2.0 * radius * std::cos(2.0 * pi * hz / rate)) {}
 
     double process(double in) {
-        const double out = (1.0 - radius_) * in + turn_ * before_ - radius_ * radius_ * before_that_;
-        before_that_ = before_;
-        before_ = out;
-        return out;
+        before_that =
+            std::exchange(before, (1.0 - radius) * in + turn * before - radius * radius * before_that);
+        return before;
     }
-
-private:
-    double radius_;
-    double turn_;
-    double before_ = 0.0;
-    double before_that_ = 0.0;
 };
 
 /// Rises and falls within a syllable; 0 in the pause.
@@ -47,22 +41,13 @@ double loudness(double syllable) {
     return pause ? 0.0 : std::sin(pi * (syllable - std::floor(syllable)));
 }
 
-void scale_to_peak(std::vector<float>& x, float peak) {
-    float highest = 0.0F;
-    for (const float value : x)
-        highest = std::max(highest, std::abs(value));
-    if (highest > 0.0F)
-        for (float& value : x)
-            value *= peak / highest;
-}
-
 } // namespace
 
 std::vector<float> noise(std::size_t frames, std::uint32_t seed, float amplitude) {
-    random_samples random(seed);
+    std::mt19937 random(seed);
     std::vector<float> x(frames);
     for (float& value : x)
-        value = static_cast<float>(random.next()) * amplitude;
+        value = static_cast<float>(next(random)) * amplitude;
     return x;
 }
 
@@ -82,8 +67,8 @@ std::vector<float> impulse(std::size_t frames, std::size_t at, float amplitude) 
 }
 
 std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double rate) {
-    random_samples random(seed);
-    const double middle_pitch = 150.0 + 40.0 * random.next();
+    std::mt19937 random(seed);
+    const double middle_pitch = 150.0 + 40.0 * next(random);
     std::array<resonance, 3> vowel{resonance(650.0, 90.0, rate), resonance(1200.0, 110.0, rate),
                                    resonance(2600.0, 160.0, rate)};
     std::vector<float> x(frames);
@@ -94,13 +79,15 @@ std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double ra
         const double pulse = pitch_phase >= 1.0 ? 1.0 : 0.0;
         pitch_phase -= pulse;
         const bool hissing = syllable - std::floor(syllable) < 0.2;
-        const double hiss = random.next() * (hissing ? 0.02 : 0.0005);
+        const double hiss = next(random) * (hissing ? 0.02 : 0.0005);
         double voice = pulse;
         for (resonance& stage : vowel)
             voice = stage.process(voice) + 0.1 * voice;
         x[i] = static_cast<float>(loudness(syllable) * (voice + hiss));
     }
-    scale_to_peak(x, 0.5F);
+    const float loudest = peak(x);
+    for (float& value : x)
+        value *= loudest > 0.0F ? 0.5F / loudest : 0.0F;
     return x;
 }
 

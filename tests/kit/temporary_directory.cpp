@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -32,13 +31,6 @@ std::string temporary_directory::write(std::string_view name, std::string_view b
     if (!file)
         throw std::runtime_error("cannot write " + path);
     return path;
-}
-
-std::string temporary_directory::read(std::string_view name) const {
-    std::ifstream file(path_of(name), std::ios::binary);
-    if (!file)
-        throw std::runtime_error("cannot read " + path_of(name));
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 } // namespace test_kit

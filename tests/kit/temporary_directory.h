@@ -22,9 +22,6 @@ public:
     /// Writes a file, replacing an older one. @param bytes  any bytes  @return its path
     std::string write(std::string_view name, std::string_view bytes) const;
 
-    /// The bytes of a file; throws std::runtime_error when it cannot be read.
-    std::string read(std::string_view name) const;
-
 private:
     std::string path_;
 };

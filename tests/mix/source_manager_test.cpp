@@ -18,29 +18,20 @@ protected:
     source_manager sources_{&common_, 480};
 };
 
-TEST_F(SourceManager, MakesSourcesIdleAndInPlaceZero) {
-    sSource* const source = sources_.create_source(7, 2);
-    EXPECT_EQ(source->source_id, 7);
-    EXPECT_EQ(source->number_channels, 2);
-    EXPECT_EQ(source->changed, 1);
-    EXPECT_EQ(source->renderer_changed, 1);
-    EXPECT_EQ(source->active, 0);
-    EXPECT_EQ(source->first_buffer, nullptr);
-    EXPECT_EQ(source->near_distance + source->far_distance + source->azimuth + source->elevation, 0);
-    EXPECT_FALSE(sources_.sm_check_id_exists(7)) << "not in the table yet";
-    sources_.destroy_source(source);
-    EXPECT_EQ(sources_.create_source(7, 3), nullptr);
-    EXPECT_EQ(sources_.sm_add_source(nullptr), -1);
+TEST_F(SourceManager, RefusesOtherThanOneOrTwoChannels) {
+    for (const int32_t channels : {0, 3})
+        EXPECT_EQ(sources_.sm_add_source(sources_.create_source(7, channels)), -1);
+    EXPECT_FALSE(sources_.sm_check_id_exists(7));
 }
 
 TEST_F(SourceManager, AppliesChangesInOrderAndOnlyWhenProcessed) {
     sSource* const source = add(1, 2);
+    EXPECT_EQ(source->changed + source->renderer_changed, 2) << "new sources are to be rendered afresh";
     source->changed = 0;
     sources_.sm_set_direction(1, 10, 20);
     sources_.sm_set_azimuth(1, 30);
     sources_.sm_set_channel_offset(1, 1, 5, 6);
-    EXPECT_EQ(sources_.sm_get_azimuth(1), 0);
-    EXPECT_EQ(source->changed, 0);
+    EXPECT_EQ(sources_.sm_get_azimuth(1) + source->changed, 0);
     sources_.process_source_manager();
     EXPECT_EQ(sources_.sm_get_azimuth(1), 30);
     EXPECT_EQ(sources_.sm_get_elevation(1), 20);
@@ -75,8 +66,6 @@ TEST_F(SourceManager, DropsWhatFitsNoSource) {
     sSource* const mono = add(1, 1);
     mono->changed = 0;
     action* const unknown = source_manager::get_item_mem();
-    ASSERT_NE(unknown, nullptr);
-    EXPECT_EQ(unknown->action_type + unknown->source_id + unknown->arguments[0], 0);
     unknown->action_type = 6;
     unknown->source_id = 1;
     sources_.add_action(unknown);
@@ -102,29 +91,10 @@ TEST_F(SourceManager, RemovesTheFirstOfTwoWithOneId) {
     sources_.process_source_manager();
     EXPECT_EQ(sources_.sm_get_source_handle(1), new_entry);
     EXPECT_EQ(new_entry->azimuth, 12);
-    EXPECT_EQ(sources_.sources().size(), 1U);
     sources_.sm_remove_source(1);
     sources_.sm_remove_source(1);
     sources_.process_source_manager();
     EXPECT_FALSE(sources_.sm_check_id_exists(1));
-}
-
-TEST_F(SourceManager, ChainsBlocks) {
-    sSource* const source = add(1, 2);
-    EXPECT_EQ(source_manager::sm_get_last_buf(source), nullptr);
-    linked_buffer* const first = sources_.create_linked_buffer(2);
-    linked_buffer* const second = sources_.create_linked_buffer(2);
-    EXPECT_EQ(first->frames, 0);
-    EXPECT_EQ(first->next, nullptr);
-    first->data[2 * 480 - 1] = 1.0F; // the whole block is there to be written
-    first->next = second;
-    source->first_buffer = first;
-    EXPECT_EQ(source_manager::sm_get_last_buf(source), second);
-    source->active = 1;
-    source_manager::clear_all_buffers(source);
-    EXPECT_EQ(source->first_buffer, nullptr);
-    EXPECT_EQ(source->active, 1);
-    source_manager::destroy_linked_buffer(nullptr);
 }
 
 } // namespace
