@@ -10,7 +10,7 @@ int32_t engine_frames_of(const qnl_library_configuration& configuration) {
 
 quenlis_common_object quenlis_common_object::derive(const qnl_library_configuration& configuration) {
     const int32_t frames = engine_frames_of(configuration);
-    const int32_t partition = check_power_of_2(frames) != 0 ? frames : next_power_of_2(frames);
+    const int32_t partition = next_power_of_2(frames); // a power of two is its own
     quenlis_common_object common{};
     common.configuration = configuration;
     common.ir_length = 256 << configuration.spatial_quality;

@@ -1,9 +1,9 @@
 #include "frame/shared_lock.h"
 
-thread_local const nestable_shared_mutex::guard* nestable_shared_mutex::guard::innermost_ = nullptr;
+thread_local const nestable_shared_mutex::guard* nestable_shared_mutex::guard::innermost = nullptr;
 
 bool nestable_shared_mutex::held_by_this_thread() const {
-    for (const guard* held = guard::innermost_; held != nullptr; held = held->outer_) {
+    for (const guard* held = guard::innermost; held != nullptr; held = held->outer_) {
         if (&held->lock_ == this)
             return true;
     }

@@ -27,18 +27,18 @@ private:
         guard& operator=(const guard&) = delete;
 
     protected:
-        explicit guard(nestable_shared_mutex& lock) : lock_(lock), outer_(innermost_) {}
+        explicit guard(nestable_shared_mutex& lock) : lock_(lock), outer_(innermost) {}
         ~guard() = default;
 
-        void enter() { innermost_ = this; }
-        void leave() { innermost_ = outer_; }
+        void enter() { innermost = this; }
+        void leave() { innermost = outer_; }
 
         nestable_shared_mutex& lock_;
 
     private:
         friend class nestable_shared_mutex;
         // Laid out at load time: reaching it never allocates, also in a library that was opened late.
-        static thread_local const guard* innermost_ __attribute__((tls_model("initial-exec")));
+        static thread_local const guard* innermost __attribute__((tls_model("initial-exec")));
         const guard* const outer_;
     };
 

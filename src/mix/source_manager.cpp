@@ -55,7 +55,7 @@ sSource* source_manager::create_source(int32_t id, int32_t channels) {
     source->renderer_changed = 1;
     for (int32_t channel = 0; channel < channels; ++channel) {
         source_channel& side = source->channels[channel];
-        side.channel_data = channel_data_.get() + channel * frames_;
+        side.channel_data = channel_data_.get() + static_cast<ptrdiff_t>(channel) * frames_;
         for (complex32f*& spectrum : side.spectra)
             spectrum = qnl_malloc_32fc(common_->fft_size);
     }
