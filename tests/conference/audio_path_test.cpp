@@ -218,7 +218,9 @@ TEST(Flush, DropsWhatIsQueuedOnBothSides) {
     engine engine({1, 1, 1});
     for (const int id : {1, 2, 3})
         engine.push(id, block(id));
-    EXPECT_EQ(qnl_flush_data(engine.handle(), 1, 1), QNL_ERROR_NONE);
+    engine.add(4, 1, QNL_PARTICIPANT_SOURCE_ONLY);
+    for (const int id : {1, 4})
+        EXPECT_EQ(qnl_flush_data(engine.handle(), 1, id), QNL_ERROR_NONE);
     EXPECT_EQ(engine.pull(1).code, QNL_ERROR_NO_INPUT_AUDIO) << "what it had not heard";
     EXPECT_TRUE(same_bits(centred(block(3)), engine.pull(2).samples)) << "what others had not heard of it";
     engine.push(1, block(4));

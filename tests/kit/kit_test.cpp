@@ -2,7 +2,6 @@
 #include "kit/allocation_counter.h"
 #include "kit/compare.h"
 #include "kit/log_capture.h"
-#include "kit/measure.h"
 #include "kit/signals.h"
 #include "kit/temporary_directory.h"
 
