@@ -147,7 +147,7 @@ TEST(RoomLayoutFile, FallsBackFromAnythingBroken) {
          {std::string(), std::string("{"), good.substr(0, good.size() - 1), good + "x", good + '\0',
           std::string("{\"default\":\"\xff\",\"room_list\":{}}"), std::string("\0\0\0", 3),
           std::string(R"({"default":1,"room_list":{}})"), std::string(R"({"default":"0","room_list":[{}]})"),
-          std::string((size_t{64} << 20) + 1, ' ')})
+          good + std::string(size_t{64} << 20, ' ')})
         EXPECT_THAT(lines_of_start_with(bytes), ElementsAre(fallback_line)) << bytes.substr(0, 40);
 
     const std::string file = "WARNING: The Room Configuration file";

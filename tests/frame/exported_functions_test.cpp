@@ -83,6 +83,7 @@ TEST(ExportedFunctions, RefuseANullHandleWithItsLine) {
     all.push_back({"observers", [](auto h, int, int) { return qnl_add_event_manager(h, nullptr); }, false});
     all.push_back({"websockets", [](auto h, int, int) { return qnl_enable_websockets(h, true); }, false});
     all.push_back(of_room("custom_event", qnl_send_custom_websocket_event, nullptr));
+    all.push_back(of_person("of oneself", qnl_get_participant_spherical, 1, &azimuth, &elevation, &distance));
     all.push_back(of_person("no configuration", qnl_get_participant_configuration, nullptr));
     log_capture log;
     for (const door& function : all) {
@@ -118,6 +119,7 @@ TEST(ExportedFunctions, RefuseUnknownRoomsAndPeople) {
 TEST(ExportedFunctions, WriteNeutralValuesOnAFailure) {
     engine engine;
     number = azimuth = elevation = distance = 9;
+    configuration = {};
     heading = {7, 7};
     position = {7, 7, 7};
     seat = {7, {7, 7, 7}, {7, 7}};

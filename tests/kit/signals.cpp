@@ -1,11 +1,9 @@
 #include "kit/signals.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <complex>
 #include <random>
-#include <utility>
 
 namespace test_kit {
 namespace {
@@ -18,22 +16,13 @@ double next(std::mt19937& random) {
     return static_cast<double>(random()) / 2147483647.5 - 1.0;
 }
 
-/// One vowel resonance: a pair of poles.
-struct resonance {
-    double radius;
-    double turn;
-    double before = 0.0;
-    double before_that = 0.0;
-
-    resonance(double hz, double bandwidth, double rate)
-        : radius(std::exp(-pi * bandwidth / rate)), turn(2.0 * radius * std::cos(2.0 * pi * hz / rate)) {}
-
-    double process(double in) {
-        before_that =
-            std::exchange(before, (1.0 - radius) * in + turn * before - radius * radius * before_that);
-        return before;
-    }
-};
+/// A voice: 16 harmonics, each weaker than the one below. @param phase  of the pitch, in periods
+double voice(double phase) {
+    double sum = 0.0;
+    for (int harmonic = 1; harmonic <= 16; ++harmonic)
+        sum += std::sin(2.0 * pi * harmonic * phase) / harmonic;
+    return sum;
+}
 
 /// Rises and falls within a syllable; 0 in the pause.
 double loudness(double syllable) {
@@ -87,21 +76,14 @@ std::vector<float> impulse(std::size_t frames, std::size_t at, float amplitude) 
 std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double rate) {
     std::mt19937 random(seed);
     const double middle_pitch = 150.0 + 40.0 * next(random);
-    std::array<resonance, 3> vowel{resonance(650.0, 90.0, rate), resonance(1200.0, 110.0, rate),
-                                   resonance(2600.0, 160.0, rate)};
     std::vector<float> x(frames);
-    double pitch_phase = 0.0;
+    double phase = 0.0;
     for (std::size_t i = 0; i < frames; ++i) {
         const double syllable = syllables_per_second * static_cast<double>(i) / rate;
-        pitch_phase += middle_pitch * (1.0 + 0.13 * std::sin(0.9 * syllable)) / rate;
-        const double pulse = pitch_phase >= 1.0 ? 1.0 : 0.0;
-        pitch_phase -= pulse;
+        phase += middle_pitch * (1.0 + 0.13 * std::sin(0.9 * syllable)) / rate;
         const bool hissing = syllable - std::floor(syllable) < 0.2;
-        const double hiss = next(random) * (hissing ? 0.02 : 0.0005);
-        double voice = pulse;
-        for (resonance& stage : vowel)
-            voice = stage.process(voice) + 0.1 * voice;
-        x[i] = static_cast<float>(loudness(syllable) * (voice + hiss));
+        const double hiss = next(random) * (hissing ? 0.5 : 0.01);
+        x[i] = static_cast<float>(loudness(syllable) * (voice(phase) + hiss));
     }
     const float loudest = peak(x);
     for (float& value : x)

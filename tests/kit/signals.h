@@ -17,8 +17,8 @@ std::vector<float> sine(std::size_t frames, double hz, float amplitude = 1.0F, d
 /// Zeros with one sample of `amplitude`. @param at  its index, below `frames`
 std::vector<float> impulse(std::size_t frames, std::size_t at = 0, float amplitude = 1.0F);
 
-/// Four syllables a second of a gliding voice, with vowel resonances, hissing onsets and a pause after each
-/// third syllable. The pitch wanders around 90 to 210 Hz, as `seed` picks; the peak is 0.5.
+/// Four syllables a second of a gliding voice with hissing onsets, and a pause after each third syllable. The
+/// pitch wanders around 90 to 210 Hz, as `seed` picks; the peak is 0.5.
 std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double rate = 48000.0);
 
 /// A planar stereo block: all of `left`, then all of `right`.
