@@ -22,8 +22,11 @@ constexpr float mono_gain = 0.70710677F;
 /// A library with one room of mono talkers that are heard in stereo.
 class conference {
 public:
-    explicit conference(int talkers) : talkers_(talkers), capture_(frames, 0.01F), mix_(2 * frames) {
-        handle_ = qnl_initialize_library(nullptr, nullptr, {48000, frames, 2, false, 3}, nullptr);
+    explicit conference(int talkers)
+        : handle_(qnl_initialize_library(nullptr, nullptr, {48000, frames, 2, false, 3}, nullptr)),
+          talkers_(talkers),
+          capture_(frames, 0.01F),
+          mix_(2 * frames) {
         qnl_create_room(handle_, 1);
         for (int id = 0; id < talkers_; ++id)
             qnl_add_participant(handle_, 1, id, "talker", {48000, 1, QNL_PARTICIPANT_REGULAR});
