@@ -65,12 +65,15 @@ struct conversion_kernels {
     void (*double_to_float)(const double* a, float* d, std::size_t n);
 };
 
+struct fft_kernels; // in fft_kernels.h
+
 /// One instruction set's kernels, family by family.
 struct vector_kernels {
     const arithmetic_kernels* arithmetic;
     const complex_kernels* complex;
     const math_kernels* math;
     const conversion_kernels* conversion;
+    const fft_kernels* fft;
 };
 
 /// The reference, plain loops, whose bits every other table repeats.
