@@ -83,6 +83,7 @@ struct layer_kernels {
     /// Adds `count` weighted rows to the sums, row after row.
     void (*add_float_rows)(const float* const* rows, std::size_t count, const weighted_rows& sums);
     void (*add_byte_rows)(const std::int8_t* const* rows, std::size_t count, const weighted_rows& sums);
+    float (*inner_product)(const float* a, const float* b, std::size_t n);
 };
 
 /// One instruction set's kernels, family by family.
