@@ -12,10 +12,8 @@
 namespace {
 
 constexpr vector_kernels scalar_kernels = {
-    &scalar_arithmetic_kernels,
-    &scalar_complex_kernels,
-    &scalar_math_kernels,
-    &scalar_conversion_kernels,
+    &scalar_arithmetic_kernels, &scalar_complex_kernels,   &scalar_math_kernels,
+    &scalar_conversion_kernels, &scalar_resampler_kernels,
 };
 
 struct vector_target {
@@ -33,7 +31,8 @@ std::vector<vector_target> offered_targets() {
         if (target != 0)
             targets.push_back({hwy::TargetName(target),
                                {&quenlis::arithmetic_kernels_of(target), &quenlis::complex_kernels_of(target),
-                                &quenlis::math_kernels_of(target), &quenlis::conversion_kernels_of(target)}});
+                                &quenlis::math_kernels_of(target), &quenlis::conversion_kernels_of(target),
+                                &quenlis::resampler_kernels_of(target)}});
     }
 #endif
     return targets;
