@@ -1,11 +1,11 @@
 #include "dsp/resampler.h"
 
+#include "dsp/resampler_kernels.h"
 #include "dsp/sample_conversion.h"
+#include "dsp/vector_kernels.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <limits>
 
 namespace {
 
@@ -20,11 +20,6 @@ int input_block(int output_samples, int input_rate, int output_rate) {
 
 std::size_t rounded_up(int samples, int period) {
     return static_cast<std::size_t>((samples + period - 1) / period);
-}
-
-/// Which NaN a sum becomes would depend on the instruction set.
-double one_nan(double sum) {
-    return std::isnan(sum) ? std::numeric_limits<double>::quiet_NaN() : sum;
 }
 
 } // namespace
@@ -73,7 +68,7 @@ void quenlis_resampler_guts::write_run(const resampler_bank::run& run, double sc
         const std::size_t first = window * static_cast<std::size_t>(bank_.output_period()) + run.first;
         const std::size_t end = std::min(first + run.rows, static_cast<std::size_t>(output_samples_));
         for (std::size_t output = first; output < end; ++output)
-            out[output] = static_cast<float>(one_nan(sums[output - first] * scale));
+            out[output] = static_cast<float>(sums[output - first] * scale);
     }
 }
 

@@ -1,7 +1,7 @@
 /// The filters of a resampler: one prototype, taken at every phase that an output sample can have.
 #pragma once
 
-#include "dsp/vector_kernels.h"
+#include "dsp/resampler_kernels.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,6 +3,7 @@
 
 #include "dsp/kernel_tables.h"
 #include "dsp/reduction_order.h"
+#include "dsp/resampler_kernels.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dsp/resampler_kernels.cpp"

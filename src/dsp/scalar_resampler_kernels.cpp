@@ -1,7 +1,7 @@
 #include <cstddef>
 
 #include "dsp/reduction_order.h"
-#include "dsp/vector_kernels.h"
+#include "dsp/resampler_kernels.h"
 
 namespace {
 

@@ -65,16 +65,8 @@ struct conversion_kernels {
     void (*double_to_float)(const double* a, float* d, std::size_t n);
 };
 
-/// Taps in a row of a resampler's filter bank, and so samples in the window it is laid over.
-constexpr std::size_t resampler_taps = 256;
-
-struct resampler_kernels {
-    /// The inner products of `windows` stretches of samples, `step` samples apart, with each of `rows` rows of
-    /// taps: sums[w * rows + r]. The samples and taps are floats in value, so that each product is exact; the
-    /// taps are aligned to 64 bytes.
-    void (*inner_products)(const double* samples, std::size_t step, std::size_t windows, const double* taps,
-                           std::size_t rows, double* sums);
-};
+struct fft_kernels;       // in fft_kernels.h
+struct resampler_kernels; // in resampler_kernels.h
 
 /// One instruction set's kernels, family by family.
 struct vector_kernels {
@@ -82,6 +74,7 @@ struct vector_kernels {
     const complex_kernels* complex;
     const math_kernels* math;
     const conversion_kernels* conversion;
+    const fft_kernels* fft;
     const resampler_kernels* resampler;
 };
 
@@ -90,7 +83,6 @@ extern const arithmetic_kernels scalar_arithmetic_kernels;
 extern const complex_kernels scalar_complex_kernels;
 extern const math_kernels scalar_math_kernels;
 extern const conversion_kernels scalar_conversion_kernels;
-extern const resampler_kernels scalar_resampler_kernels;
 
 /// The kernels in use: scalar ones until qnl_start_vector_layer. Hidden, so that a call reaches them without a
 /// way round through the table of global symbols.
