@@ -18,8 +18,9 @@ int input_block(int output_samples, int input_rate, int output_rate) {
                             static_cast<float>(output_rate));
 }
 
-std::size_t rounded_up(int samples, int period) {
-    return static_cast<std::size_t>((samples + period - 1) / period);
+/// Parts of at most `part` samples.
+std::size_t parts_of(std::int64_t samples, std::int64_t part) {
+    return static_cast<std::size_t>((samples + part - 1) / part);
 }
 
 } // namespace
@@ -35,8 +36,8 @@ quenlis_resampler_guts::quenlis_resampler_guts(int input_rate, int output_rate, 
       history_(resampler_bank::history),
       time_(history_),
       wide_(static_cast<std::size_t>(input_samples + 2 * history_)),
-      sums_(rounded_up(input_samples, bank_.input_period()) *
-            static_cast<std::size_t>(bank_.output_period())) {}
+      sums_(parts_of(input_samples, bank_.input_period()) * static_cast<std::size_t>(bank_.output_period())) {
+}
 
 void quenlis_resampler_guts::copy_input(const float* in) {
     qnl_copy(in, buffer_.data() + 2 * history_, input_samples_);
@@ -44,32 +45,39 @@ void quenlis_resampler_guts::copy_input(const float* in) {
 
 void quenlis_resampler_guts::process(float* out) {
     qnl_convert(buffer_.data(), wide_.data(), static_cast<int>(wide_.size()));
-    const double scale = norm * std::min(1.0, static_cast<double>(output_rate_) / input_rate_);
+    // Positions are counted in whole phases: a running fraction would drift past the end of the block.
+    const double* const first = wide_.data() + static_cast<std::ptrdiff_t>(time_);
     for (const resampler_bank::run& run : bank_.runs())
-        write_run(run, scale, out);
+        sum_run(run, first);
+    add_outermost_products(first);
+    write_sums(out);
     qnl_move(buffer_.data() + input_samples_, buffer_.data(), 2 * history_);
     time_ = history_;
 }
 
-void quenlis_resampler_guts::write_run(const resampler_bank::run& run, double scale, float* out) {
-    if (run.position >= input_samples_)
-        return;
-    // Positions are counted in whole phases: a running fraction would drift past the end of the block.
-    const double* const centre = wide_.data() + static_cast<std::ptrdiff_t>(time_) + run.position;
-    const auto step = static_cast<std::size_t>(bank_.input_period());
-    const std::size_t windows = rounded_up(input_samples_ - run.position, bank_.input_period());
-    active_kernels.resampler->inner_products(centre + 1 - history_, step, windows,
-                                             bank_.taps() + run.first * resampler_taps, run.rows,
-                                             sums_.data());
-    for (std::size_t window = 0; window < windows; ++window) {
-        double* const sums = sums_.data() + window * run.rows;
-        if (run.first == 0)
-            sums[0] += bank_.outermost_tap() * centre[static_cast<std::ptrdiff_t>(window * step) - history_];
-        const std::size_t first = window * static_cast<std::size_t>(bank_.output_period()) + run.first;
-        const std::size_t end = std::min(first + run.rows, static_cast<std::size_t>(output_samples_));
-        for (std::size_t output = first; output < end; ++output)
-            out[output] = static_cast<float>(sums[output - first] * scale);
+void quenlis_resampler_guts::sum_run(const resampler_bank::run& run, const double* first) {
+    active_kernels.resampler->inner_products(
+        first + run.position + 1 - history_, static_cast<std::size_t>(bank_.input_period()),
+        parts_of(input_samples_ - run.position, bank_.input_period()), bank_.taps(run.first), run.rows,
+        sums_.data() + run.first, static_cast<std::size_t>(bank_.output_period()));
+}
+
+void quenlis_resampler_guts::add_outermost_products(const double* first) {
+    const double* sample = first - history_;
+    for (std::size_t i = 0; i < sums_.size(); i += static_cast<std::size_t>(bank_.output_period())) {
+        sums_[i] += bank_.outermost_tap() * *sample;
+        sample += bank_.input_period();
     }
+}
+
+void quenlis_resampler_guts::write_sums(float* out) const {
+    const double scale = norm * std::min(1.0, static_cast<double>(output_rate_) / input_rate_);
+    const std::size_t in_block =
+        parts_of(static_cast<std::int64_t>(input_samples_) * bank_.output_period(), bank_.input_period());
+    const std::size_t count = std::min(in_block, static_cast<std::size_t>(output_samples_));
+    const double* const sums = sums_.data();
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = static_cast<float>(sums[i] * scale);
 }
 
 quenlis_resampler::quenlis_resampler(int input_rate, int output_rate, int channels, int output_samples)

@@ -23,7 +23,10 @@ public:
     void process(float* out);
 
 private:
-    void write_run(const resampler_bank::run& run, double scale, float* out);
+    /// Sums of one run of filters, and what phase zero has beyond them. @param first  position of output 0
+    void sum_run(const resampler_bank::run& run, const double* first);
+    void add_outermost_products(const double* first);
+    void write_sums(float* out) const;
 
     std::vector<float> buffer_; // history, then the newest block
     std::int32_t input_samples_;
@@ -32,9 +35,9 @@ private:
     std::int32_t output_rate_;
     resampler_bank bank_;
     std::int32_t history_;
-    double time_; // position in the buffer of the next block's first output
-    std::vector<double> wide_;
-    std::vector<double> sums_;
+    double time_;              // position in the buffer of the next block's first output
+    std::vector<double> wide_; // the buffer, widened
+    std::vector<double> sums_; // one for each output of whole periods
 };
 
 /// Brings blocks from one sampling rate to another, each call exactly one block in and one block out. Every

@@ -32,10 +32,10 @@ public:
 
     const std::vector<run>& runs() const { return runs_; }
 
-    /// 256 taps for each output of a period, in the order of the outputs: tap k is for the sample at
-    /// k - 127 from the output's position cut to whole samples. Floats in value, 1 in sum over a long time
-    /// at the lower of the two rates.
-    const double* taps() const { return rows_.front().taps; }
+    /// 256 taps for each output of a period, one row after the other, from that of `output` on. Tap k is for
+    /// the sample at k - 127 from the output's position cut to whole samples. Floats in value; those that lie
+    /// one sample of the lower rate apart sum to 1 on the mean of all phases.
+    const double* taps(std::size_t output) const { return rows_[output].taps; }
 
     /// The 257th tap of the phase that falls on an input sample, for the sample 128 before it.
     double outermost_tap() const { return outermost_tap_; }

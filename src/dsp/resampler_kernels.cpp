@@ -51,12 +51,13 @@ struct operands {
     operands from_row(std::size_t row) const { return {samples, step, taps + row * resampler_taps}; }
 };
 
-/// The vector itself, in a register. Without this the compiler reads one that serves several products from
-/// memory again for each of them, which takes longer than the products.
-template <class V>
+/// The vector itself, held in a register when it serves several products. Left to itself the compiler reads it
+/// from memory again for each of them, which takes longer than the products.
+template <std::size_t Products, class V>
 HWY_INLINE V in_register(V v) {
 #if HWY_ARCH_X86
-    __asm__("" : "+v"(v.raw));
+    if constexpr (Products > 1)
+        __asm__("" : "+v"(v.raw));
 #endif
     return v;
 }
@@ -75,9 +76,9 @@ HWY_INLINE void sum_lanes(operands of, std::size_t first, double (&lanes)[Window
             const std::size_t i = tap + part * vector_lanes;
             hn::Vec<lane_tag> taps[Rows];
             for (std::size_t row = 0; row < Rows; ++row)
-                taps[row] = in_register(hn::Load(tag, of.taps + row * resampler_taps + i));
+                taps[row] = in_register<Windows>(hn::Load(tag, of.taps + row * resampler_taps + i));
             for (std::size_t window = 0; window < Windows; ++window) {
-                const auto samples = in_register(hn::LoadU(tag, of.samples + window * of.step + i));
+                const auto samples = in_register<Rows>(hn::LoadU(tag, of.samples + window * of.step + i));
                 for (std::size_t row = 0; row < Rows; ++row)
                     sums[window][row][part] = hn::MulAdd(samples, taps[row], sums[window][row][part]);
             }
@@ -127,8 +128,8 @@ void sum_rows(operands of, std::size_t windows, std::size_t rows, double* sums, 
 }
 
 void inner_products(const double* samples, std::size_t step, std::size_t windows, const double* taps,
-                    std::size_t rows, double* sums) {
-    sum_rows<rows_at_once>({samples, step, taps}, windows, rows, sums, rows);
+                    std::size_t rows, double* sums, std::size_t stride) {
+    sum_rows<rows_at_once>({samples, step, taps}, windows, rows, sums, stride);
 }
 
 } // namespace

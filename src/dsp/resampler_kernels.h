@@ -9,10 +9,10 @@ constexpr std::size_t resampler_taps = 256;
 
 struct resampler_kernels {
     /// The inner products of `windows` windows of samples, each `step` samples after the one before, with each
-    /// of `rows` consecutive rows of taps: sums[w * rows + r]. Samples and taps are floats in value, so every
+    /// of `rows` consecutive rows of taps: sums[w * stride + r]. Samples and taps are floats in value, so every
     /// product is exact. The taps are aligned to 64 bytes.
     void (*inner_products)(const double* samples, std::size_t step, std::size_t windows, const double* taps,
-                           std::size_t rows, double* sums);
+                           std::size_t rows, double* sums, std::size_t stride);
 };
 
 /// The reference, plain loops.

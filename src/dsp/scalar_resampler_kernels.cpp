@@ -14,10 +14,10 @@ double inner_product(const double* samples, const double* taps) {
 }
 
 void inner_products(const double* samples, std::size_t step, std::size_t windows, const double* taps,
-                    std::size_t rows, double* sums) {
+                    std::size_t rows, double* sums, std::size_t stride) {
     for (std::size_t window = 0; window < windows; ++window)
         for (std::size_t row = 0; row < rows; ++row)
-            sums[window * rows + row] = inner_product(samples + window * step, taps + row * resampler_taps);
+            sums[window * stride + row] = inner_product(samples + window * step, taps + row * resampler_taps);
 }
 
 } // namespace
