@@ -2,12 +2,12 @@
 #pragma once
 
 #include "conference/flags.h"
+#include "dsp/resampler.h"
 #include "dsp/vector_primitives.h"
 #include "frame/common_object.h"
 #include "mix/listener_engine.h"
 #include "quenlis.h"
 #include "voice/limiter.h"
-
 
 #include <cstdint>
 #include <memory>
@@ -66,7 +66,6 @@ private:
     void validate() const;
     void build_listener_side(const quenlis_common_object* common);
     void build_talker_side();
-    bool has_input_resampler() const;
 
     void read_input(const void* audio, quenlis_data_type type);
     enhancements enabled_enhancements() const;
@@ -85,6 +84,8 @@ private:
     const int32_t engine_frames_;
     qnl_buffer_32f output_block_; // always room for stereo
     std::mutex output_mutex_;
+    std::unique_ptr<quenlis_resampler> input_resampler_;  // null when the input is at the engine's rate
+    std::unique_ptr<quenlis_resampler> output_resampler_; // null when the output is
     std::unique_ptr<quenlis_limiter> limiter_;
     quenlis_flags flags_;
 };
