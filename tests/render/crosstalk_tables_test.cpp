@@ -35,8 +35,8 @@ complex hankel(unsigned order, double x) {
     return {std::sph_bessel(order, x), std::sph_neumann(order, x)};
 }
 
-// The pressure that a source one metre away makes on a rigid sphere of 87.5 mm, up to a factor that doesn't depend
-// on the angle between the two: the textbook series, by the standard library's functions.
+// The pressure that a source one metre away makes on a rigid sphere of 87.5 mm, up to a factor that doesn't
+// depend on the angle between the two: the textbook series, by the standard library's functions.
 complex pressure_on_sphere(double hertz, double cos_angle) {
     const double at_surface = 2.0 * M_PI * hertz / 343.0 * 0.0875;
     complex sum = 0.0;
@@ -48,7 +48,8 @@ complex pressure_on_sphere(double hertz, double cos_angle) {
     return std::conj(sum);
 }
 
-// In dB, how much more of a channel reaches its own ear than the other one. Ears 100 degrees from the nose, 15 down.
+// In dB, how much more of a channel reaches its own ear than the other one. Ears 100 degrees from the nose,
+// 15 down.
 double separation(int row, double hertz) {
     const auto from = [=](double azimuth) {
         return pressure_on_sphere(hertz,

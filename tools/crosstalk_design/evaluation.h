@@ -9,7 +9,8 @@ class row_evaluation {
 public:
     explicit row_evaluation(const filter_row& row);
 
-    /// The energy of a channel between two frequencies in Hz at its own ear over that at the other ear, in dB.
+    /// The energy of a channel between two frequencies in Hz at its own ear over that at the other ear, in
+    /// dB.
     double separation(const ear_responses& ears, double from, double to) const;
 
     /// The least separation of any single frequency between the two.
@@ -20,7 +21,8 @@ public:
         double frequency;
     };
 
-    /// The largest gain from any two input channels to a loudspeaker pair, as the square root of energies.
+    /// The largest gain over frequency: the energy in both loudspeakers over that in both inputs, whatever
+    /// these are.
     peak largest_boost() const;
 
 private:

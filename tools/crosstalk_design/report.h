@@ -13,7 +13,8 @@ struct listener {
     spherical_head head;
 };
 
-/// The channel separation that some rows of the table achieve on these listeners, by octave band, and the largest boost.
+/// The channel separation that some rows of the table achieve on these listeners, by octave band, and the
+/// largest boost.
 void print_report(std::ostream& out, const std::vector<filter_row>& table,
                   const std::vector<listener>& listeners);
 
