@@ -1,0 +1,34 @@
+#include "dsp/discrete_transform.h"
+
+#include <cstddef>
+#include <vector>
+
+#include "dsp/fft_kernels.h"
+#include "dsp/vector_kernels.h"
+
+complex_transform::complex_transform(int size) : plan_(size), work_(qnl_make_buffer_32f(4 * size)) {}
+
+void complex_transform::forward(const complex32f* in, complex32f* out) {
+    active_kernels.fft->transform(plan_, in, out, work_.get(), false);
+}
+
+void complex_transform::inverse(const complex32f* in, complex32f* out) {
+    active_kernels.fft->transform(plan_, in, out, work_.get(), true);
+}
+
+real_transform::real_transform(int size)
+    : size_(size),
+      half_(size / 2),
+      factors_(qnl_make_buffer_32fc(size / 4)),
+      packed_(qnl_make_buffer_32fc(size / 2)) {
+    const std::vector<complex32f> roots = unit_roots(size);
+    for (int k = 1; k <= size / 4; ++k) {
+        const complex32f root = roots[static_cast<std::size_t>(k)];
+        factors_[static_cast<std::size_t>(k - 1)] = {0.5F * root.im, -0.5F * root.re};
+    }
+}
+
+void real_transform::forward(const float* in, complex32f* out) {
+    half_.forward(reinterpret_cast<const complex32f*>(in), packed_.get());
+    active_kernels.fft->expand_real(packed_.get(), factors_.get(), out, size_ / 2);
+}

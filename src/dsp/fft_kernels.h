@@ -1,0 +1,17 @@
+#pragma once
+
+#include "dsp/fft_plan.h"
+
+/// The inner loops of the transforms, one table of them per instruction set.
+struct fft_kernels {
+    /// `out` becomes the transform of the plan's `size` values of `in`, the inverse one scaled by 1 / size.
+    /// `in` may be `out`. `work` holds four floats per value.
+    void (*transform)(const fft_plan& plan, const complex32f* in, complex32f* out, float* work, bool inverse);
+
+    /// Makes the 2 half bins of the spectrum of 2 half real samples out of `packed`, the transform of the samples
+    /// taken as `half` complex values. `half` is at least 2 and even. `factors` holds -j/2 e^(-j pi k / half) for k
+    /// from 1 to half / 2.
+    void (*expand_real)(const complex32f* packed, const complex32f* factors, complex32f* out, int half);
+};
+
+extern const fft_kernels scalar_fft_kernels;

@@ -1,0 +1,112 @@
+#include "dsp/fft_kernels.h"
+
+#include <cstddef>
+#include <utility>
+
+namespace {
+
+float times(float value, float factor) {
+    return value * factor;
+}
+
+#include "dsp/fft_butterflies-inl.h"
+
+using complex_float = complex_value<float>;
+
+struct parts {
+    float* re;
+    float* im;
+};
+
+struct factor_layout {
+    const float* re;
+    const float* im;
+    int step;
+};
+
+/// Where output 1 of a group finds its factor; the next output's is `step` further.
+factor_layout factors_of(const fft_pass& pass, int group) {
+    if (pass.run == 1)
+        return {pass.rotations + group, pass.rotations + pass.groups + group, 2 * pass.groups};
+    const float* const first = pass.rotations + 2 * (pass.radix - 1) * group;
+    return {first, first + 1, 2};
+}
+
+template <int Radix>
+void butterflies_of_group(const fft_pass& pass, int group, parts from, parts to) {
+    const factor_layout factors = factors_of(pass, group);
+    const bool rotates = pass.run == 1 || group != 0;
+    for (int q = 0; q < pass.run; ++q) {
+        complex_float x[Radix];
+        for (int k = 0; k < Radix; ++k) {
+            const int at = q + pass.run * (group + k * pass.groups);
+            x[k] = {from.re[at], from.im[at]};
+        }
+        butterfly<Radix>::apply(x);
+        for (int j = 0; j < Radix; ++j) {
+            if (rotates && j > 0)
+                x[j] = rotated(x[j], factors.re[factors.step * (j - 1)], factors.im[factors.step * (j - 1)]);
+            const int at = q + pass.run * (Radix * group + j);
+            to.re[at] = x[j].re;
+            to.im[at] = x[j].im;
+        }
+    }
+}
+
+template <int Radix>
+void run_pass(const fft_pass& pass, parts from, parts to) {
+    for (int group = 0; group < pass.groups; ++group)
+        butterflies_of_group<Radix>(pass, group, from, to);
+}
+
+void run_pass(const fft_pass& pass, parts from, parts to) {
+    switch (pass.radix) {
+    case 2:
+        return run_pass<2>(pass, from, to);
+    case 3:
+        return run_pass<3>(pass, from, to);
+    case 4:
+        return run_pass<4>(pass, from, to);
+    case 5:
+        return run_pass<5>(pass, from, to);
+    default:
+        return run_pass<8>(pass, from, to);
+    }
+}
+
+// An inverse transform is a forward one with real and imaginary parts exchanged before and after.
+void transform(const fft_plan& plan, const complex32f* in, complex32f* out, float* work, bool inverse) {
+    const int size = plan.size();
+    parts from = {work, work + size};
+    parts to = {work + 2 * size, work + 3 * size};
+    for (int i = 0; i < size; ++i) {
+        from.re[i] = inverse ? in[i].im : in[i].re;
+        from.im[i] = inverse ? in[i].re : in[i].im;
+    }
+    for (const fft_pass& pass : plan.passes()) {
+        run_pass(pass, from, to);
+        std::swap(from, to);
+    }
+    const float scale = 1.0F / static_cast<float>(size);
+    for (int i = 0; i < size; ++i)
+        out[i] =
+            inverse ? complex32f{from.im[i] * scale, from.re[i] * scale} : complex32f{from.re[i], from.im[i]};
+}
+
+void expand_real(const complex32f* packed, const complex32f* factors, complex32f* out, int half) {
+    out[0] = {packed[0].re + packed[0].im, 0.0F};
+    out[half] = {packed[0].re - packed[0].im, 0.0F};
+    for (int k = 1; k <= half / 2; ++k) {
+        const complex_float value = {packed[k].re, packed[k].im};
+        const complex_float mirror = {packed[half - k].re, packed[half - k].im};
+        const auto pair = untangled(value, mirror, factors[k - 1].re, factors[k - 1].im);
+        out[k] = {pair.value.re, pair.value.im};
+        out[half + k] = {pair.conjugate_of_mirror.re, pair.conjugate_of_mirror.im};
+        out[half - k] = {pair.conjugate_of_mirror.re, -pair.conjugate_of_mirror.im};
+        out[2 * half - k] = {pair.value.re, -pair.value.im};
+    }
+}
+
+} // namespace
+
+const fft_kernels scalar_fft_kernels = {transform, expand_real};

@@ -1,0 +1,183 @@
+#include "dsp/fft.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "dsp/discrete_transform.h"
+#include "kit/allocation_counter.h"
+#include "kit/compare.h"
+#include "kit/signals.h"
+#include "vector_checks.h"
+
+namespace {
+
+using spectrum = std::vector<complex32f>;
+
+/// Real and imaginary parts in turn, for comparisons.
+std::vector<float> parts_of(const spectrum& bins) {
+    std::vector<float> parts;
+    for (const complex32f bin : bins) {
+        parts.push_back(bin.re);
+        parts.push_back(bin.im);
+    }
+    return parts;
+}
+
+spectrum complex_noise(int n, std::uint32_t seed) {
+    const auto count = static_cast<std::size_t>(n);
+    const std::vector<float> re = test_kit::noise(count, seed);
+    const std::vector<float> im = test_kit::noise(count, seed + 1);
+    spectrum values(count);
+    for (std::size_t i = 0; i < count; ++i)
+        values[i] = {re[i], im[i]};
+    return values;
+}
+
+/// The defining sum in double precision. @param sign  -1 forward, 1 backward, unscaled
+spectrum transform_by_definition(const spectrum& in, int sign) {
+    const std::size_t n = in.size();
+    std::vector<std::complex<double>> roots(n);
+    for (std::size_t k = 0; k < n; ++k)
+        roots[k] = std::polar(1.0, sign * 2.0 * M_PI * static_cast<double>(k) / static_cast<double>(n));
+    spectrum out(n);
+    for (std::size_t k = 0; k < n; ++k) {
+        std::complex<double> sum;
+        for (std::size_t m = 0; m < n; ++m)
+            sum += std::complex<double>(in[m].re, in[m].im) * roots[k * m % n];
+        out[k] = {static_cast<float>(sum.real()), static_cast<float>(sum.imag())};
+    }
+    return out;
+}
+
+spectrum with_zero_imaginary_part(const std::vector<float>& samples) {
+    spectrum values;
+    for (const float sample : samples)
+        values.push_back({sample, 0.0F});
+    return values;
+}
+
+// Single precision leaves an error near -138 dB; a wrong rotation in one pass lifts it above -100.
+constexpr double rounding_db = -134.0;
+
+TEST(DiscreteTransform, EqualsTheDefiningSumOnEveryTargetWithTheSameBits) {
+    for (const int n : {1, 2, 4, 8, 15, 16, 32, 60, 64, 128, 256, 480, 512, 960, 1024, 2048}) {
+        const spectrum in = complex_noise(n, 7);
+        const spectrum sums = transform_by_definition(in, -1);
+        complex_transform transform(n);
+        spectrum reference(in.size());
+        spectrum inverse_reference(in.size());
+        vector_checks::on_every_target([&](const char* name) {
+            spectrum out(in.size());
+            transform.forward(in.data(), out.data());
+            EXPECT_TRUE(test_kit::error_below(parts_of(sums), parts_of(out), rounding_db)) << n << name;
+            spectrum back = out;
+            transform.inverse(back.data(), back.data());
+            EXPECT_TRUE(test_kit::error_below(parts_of(in), parts_of(back), rounding_db)) << n << name;
+            if (active_vector_target() == 0) {
+                reference = out;
+                inverse_reference = back;
+            }
+            EXPECT_TRUE(test_kit::same_bits(parts_of(reference), parts_of(out))) << n << name;
+            EXPECT_TRUE(test_kit::same_bits(parts_of(inverse_reference), parts_of(back))) << n << name;
+        });
+    }
+}
+
+TEST(DiscreteTransform, OfRealSamplesIsConjugateSymmetricOnEveryTargetWithTheSameBits) {
+    for (const int n : {4, 8, 64, 128, 512, 960, 2048}) {
+        const auto count = static_cast<std::size_t>(n);
+        const std::vector<float> in = test_kit::noise(count, 3);
+        const spectrum sums = transform_by_definition(with_zero_imaginary_part(in), -1);
+        real_transform transform(n);
+        spectrum reference(count);
+        vector_checks::on_every_target([&](const char* name) {
+            spectrum out(count);
+            transform.forward(in.data(), out.data());
+            EXPECT_TRUE(test_kit::error_below(parts_of(sums), parts_of(out), rounding_db)) << n << name;
+            EXPECT_EQ(out[0].im, 0.0F);
+            EXPECT_EQ(out[count / 2].im, 0.0F);
+            for (std::size_t k = 1; k < count / 2; ++k) {
+                ASSERT_EQ(out[count - k].re, out[k].re) << n << name << k;
+                ASSERT_EQ(out[count - k].im, -out[k].im) << n << name << k;
+            }
+            if (active_vector_target() == 0)
+                reference = out;
+            EXPECT_TRUE(test_kit::same_bits(parts_of(reference), parts_of(out))) << n << name;
+        });
+    }
+}
+
+TEST(Fft, ForwardPadsWithZerosOrWithWhatAnEarlierCallHeld) {
+    constexpr int n = 512;
+    for (const bool real : {false, true}) {
+        quenlis_FFT fft(n, real);
+        spectrum out(n);
+        const auto held_give = [&](const std::vector<float>& in, int in_len, const std::vector<float>& held) {
+            if (real)
+                fft.RFFT(in.data(), in_len, out.data(), n);
+            else
+                fft.FFT(in.data(), in_len, out.data(), n);
+            const spectrum sums = transform_by_definition(with_zero_imaginary_part(held), -1);
+            return test_kit::error_below(parts_of(sums), parts_of(out), rounding_db);
+        };
+        const std::vector<float> full = test_kit::noise(n, 1);
+        const std::vector<float> half = test_kit::noise(n / 2, 2);
+        std::vector<float> padded = half;
+        padded.resize(n);
+        std::vector<float> followed_by_the_old = full;
+        std::copy(half.begin(), half.end(), followed_by_the_old.begin());
+        EXPECT_TRUE(held_give(half, n / 2, padded));
+        EXPECT_TRUE(held_give(full, n, full));
+        EXPECT_TRUE(held_give(half, n / 2, followed_by_the_old));
+        fft.flush();
+        EXPECT_TRUE(held_give(half, n / 2, padded));
+    }
+}
+
+TEST(Fft, InverseAddsOrReplacesRealParts) {
+    constexpr int n = 512;
+    constexpr std::size_t taken = 300;
+    quenlis_FFT fft(n, false);
+    const spectrum in = complex_noise(n, 5);
+    spectrum sums = transform_by_definition(in, 1);
+    std::vector<float> once;
+    std::vector<float> twice;
+    for (std::size_t i = 0; i < taken; ++i) {
+        once.push_back(sums[i].re / n);
+        twice.push_back(2.0F * once[i]);
+    }
+    std::vector<float> out(taken + 1, 0.0F);
+    fft.IFFT(in.data(), out.data(), taken);
+    fft.IFFT(in.data(), out.data(), taken);
+    EXPECT_EQ(out[taken], 0.0F);
+    out.resize(taken);
+    EXPECT_TRUE(test_kit::error_below(twice, out, rounding_db));
+    fft.IFFT_no_save(in.data(), out.data(), taken);
+    EXPECT_TRUE(test_kit::error_below(once, out, rounding_db));
+    fft.IRFFT(in.data(), n, out.data(), taken);
+    EXPECT_TRUE(test_kit::error_below(once, out, rounding_db));
+}
+
+TEST(Fft, AllocatesInItsConstructorOnly) {
+    constexpr int n = 2048;
+    quenlis_FFT complex(n, false);
+    quenlis_FFT real(n, true);
+    const std::vector<float> in = test_kit::noise(n, 1);
+    std::vector<float> samples(n);
+    spectrum bins(n);
+    const test_kit::allocation_counter heap;
+    complex.FFT(in.data(), n, bins.data(), n);
+    complex.IFFT(bins.data(), samples.data(), n);
+    complex.IFFT_no_save(bins.data(), samples.data(), n);
+    real.RFFT(in.data(), n, bins.data(), n);
+    real.flush();
+    EXPECT_EQ(heap.allocations(), 0U);
+}
+
+} // namespace
