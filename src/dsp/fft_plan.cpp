@@ -40,7 +40,8 @@ void fill_rotations(const fft_pass& pass, const std::vector<complex32f>& roots, 
         for (int output = 0; output < outputs; ++output) {
             const complex32f root = roots[static_cast<std::size_t>((output + 1) * group * pass.run)];
             const bool first = pass.run == 1;
-            const int at = first ? 2 * output * pass.groups + group : 2 * (outputs * group + output);
+            const int at = first ? 2 * output * pass.groups + place_of_group(pass, group)
+                                 : 2 * (outputs * group + output);
             rotations[at] = root.re;
             rotations[at + (first ? pass.groups : 1)] = root.im;
         }
@@ -65,6 +66,10 @@ fft_plan::fft_plan(int size) : size_(size), passes_(passes_of(size)) {
         pass.rotations = next;
         next += rotation_count(pass);
     }
+}
+
+int place_of_group(const fft_pass& pass, int group) {
+    return pass.groups % 8 == 0 ? (group & ~7) + 2 * (group & 3) + (group & 4) / 4 : group;
 }
 
 // An eighth of the circle by sine and cosine, the rest by mirroring and turning: quick, and symmetric to the bit.
