@@ -1,5 +1,6 @@
-// The small transforms that passes are made of, once for plain and vector code: the same operations in the same order, so the same bits. Included inside the namespace of a kernel file,
-// once per instruction set, behind a function times(value, float) for its values; a value is a float or a vector.
+// The small transforms that passes are made of, once for plain and vector code: the same operations in the same
+// order, so the same bits. Included inside the namespace of a kernel file, once per instruction set, behind a
+// function times(value, float) for its values; a value is a float or a vector.
 
 template <class Value>
 struct complex_value {

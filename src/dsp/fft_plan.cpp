@@ -41,7 +41,8 @@ void fill_rotations(const fft_pass& pass, const std::vector<complex32f>& roots, 
     const int outputs = pass.radix - 1;
     for (int group = 0; group < pass.groups; ++group)
         for (int output = 0; output < outputs; ++output) {
-            const complex32f root = roots[static_cast<std::size_t>((output + 1) * group * pass.run)];
+            const int turn = (output + 1) * group * pass.run;
+            const complex32f root = roots[static_cast<std::size_t>(turn)];
             const bool first = pass.run == 1;
             const int at = first ? 2 * output * pass.groups + place_of_group(pass, group)
                                  : 2 * (outputs * group + output);

@@ -18,6 +18,10 @@ struct parts {
     float* im;
 };
 
+parts parts_at(float* storage, int size) {
+    return {storage, storage + size};
+}
+
 struct factor_layout {
     const float* re;
     const float* im;
@@ -78,8 +82,8 @@ void run_pass(const fft_pass& pass, parts from, parts to) {
 // An inverse transform is a forward one with real and imaginary parts exchanged before and after.
 void transform(const fft_plan& plan, const complex32f* in, complex32f* out, float* work, bool inverse) {
     const int size = plan.size();
-    parts from = {work, work + size};
-    parts to = {work + 2 * size, work + 3 * size};
+    parts from = parts_at(work, size);
+    parts to = parts_at(work + 2 * size, size);
     for (int i = 0; i < size; ++i) {
         from.re[i] = inverse ? in[i].im : in[i].re;
         from.im[i] = inverse ? in[i].re : in[i].im;
