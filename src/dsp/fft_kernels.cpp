@@ -119,9 +119,10 @@ void first_pass(const fft_pass& pass, const complex32f* in, parts to) {
         const auto value = [=](std::ptrdiff_t k)
                                INLINE_HWY_ATTR { return load_groups<Inverse>(tag, in + k * groups, group); };
         butterfly<8>::apply(value, [&](std::ptrdiff_t j, auto output) INLINE_HWY_ATTR {
-            const float* const factors = rotations + group + 2 * groups * (j - 1);
-            if (j > 0)
+            if (j > 0) {
+                const float* const factors = rotations + group + 2 * groups * (j - 1);
                 output = rotated(output, hn::LoadU(tag, factors), hn::LoadU(tag, factors + groups));
+            }
             re[j] = output.re;
             im[j] = output.im;
         });
