@@ -10,6 +10,8 @@
 namespace {
 
 constexpr int32_t engine_rate = 48000;
+constexpr float limiter_threshold_db = -0.2F;
+constexpr float limiter_attack_ms = 0.2F;
 constexpr float mono_fold = 0.70710677F; // brings a mono talker, at -3 dB on both sides, back to unity
 
 int32_t input_frames_of(int32_t input_rate, const qnl_library_configuration& library) {
@@ -97,7 +99,10 @@ void quenlis_participant::validate() const {
 void quenlis_participant::build_listener_side(const quenlis_common_object* common) {
     listener_engine_ = std::make_unique<listener_engine>(&flags_, common, engine_frames_);
     output_block_ = qnl_make_buffer_32f(2 * engine_frames_);
-    // Place of the crosstalk canceller, the limiter and the output resampler, in this order.
+    // Place of the crosstalk canceller.
+    limiter_ = std::make_unique<quenlis_limiter>(limiter_threshold_db, limiter_attack_ms, engine_rate, 2,
+                                                 engine_frames_);
+    // Place of the output resampler.
 }
 
 void quenlis_participant::build_talker_side() {
@@ -197,7 +202,8 @@ qnl_error_code quenlis_participant::process_output(void* audio, quenlis_data_typ
 }
 
 void quenlis_participant::render_output() {
-    // Place of the crosstalk canceller (device QNL_DEVICE_SPEAKER) and the limiter, in this order.
+    // Place of the crosstalk canceller (device QNL_DEVICE_SPEAKER).
+    limiter_->process(output_block_.get(), output_block_.get());
     const float gain = static_cast<float>(flags_.get_state(QNL_CONTROL_MASTER_GAIN)) / 100.0F;
     // Over 2F samples, not 2N: below 48000 Hz the gain stops short of the planar block's end. This is wanted.
     if (gain != 1.0F)

@@ -154,17 +154,15 @@ void qnl_phase(const complex32f* a, float* d, int n);
 /// of any size. An infinite phase gives NaN.
 void qnl_polar_to_cart(const float* mag, const float* phase, complex32f* d, int n);
 
-// ---- Reductions
-// -------------------------------------------------------------------------------------------- They return 0
-// for a null pointer or an `n` of zero or less.
+// ---- Reductions ---------------------------------------------------------------------------------------
+// They return 0 for a null pointer or an `n` of zero or less.
 
 float qnl_mean(const float* a, int n); ///< arithmetic mean, summed in single precision, order fixed
 float qnl_max(const float* a, int n);  ///< largest value; NaN is passed over, only NaN gives -infinity
 float qnl_min(const float* a, int n);  ///< smallest value; NaN is passed over, only NaN gives +infinity
 
-// ---- Decibels
-// ---------------------------------------------------------------------------------------------- No floor is
-// applied and no epsilon added: zero gives -infinity.
+// ---- Decibels -----------------------------------------------------------------------------------------
+// No floor is applied and no epsilon added: zero gives -infinity.
 
 void qnl_mag_dB(const complex32f* a, float* d, int n);  ///< d[i] = 20 log10 of the magnitude of a[i]
 void qnl_mag_dB(const float* a, float* d, int n);       ///< d[i] = 20 log10 |a[i]|
