@@ -2,9 +2,10 @@
 #
 #     quenlis_embed_table(<target> <file> SHAPE <extent>...)
 #
-# The symbol has the name of the file without its extension and C linkage; a header of the target declares it, as
-# `extern "C" const float <name>[<extent>]...;`. It is 64-byte aligned and hidden from users of a shared library.
-# Configuring stops when the file is not of that shape; a changed file is checked and linked in again by the next build.
+# The symbol has the name of the file without its extension and C linkage; a header of the target declares it,
+# as `extern "C" const float <name>[<extent>]...;`. It is 64-byte aligned and hidden from users of a shared
+# library. Configuring stops when the file is not of that shape; a changed file is checked and linked in again
+# by the next build.
 set(QUENLIS_EMBEDDED_TABLE_TEMPLATE ${CMAKE_CURRENT_LIST_DIR}/embedded_table.cpp.in)
 
 function(quenlis_embed_table target file)

@@ -14,17 +14,17 @@ check_packages=(clang clang-format clang-tidy libclang-rt-dev)
 
 check_formatting() {
     say "Checking the formatting"
-    find include src tests examples bench fuzz \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) -print0 |
+    find include src tools tests examples bench fuzz \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) -print0 |
         xargs -0 clang-format --dry-run --Werror
 }
 
-# The engine, the hosts, the benchmarks and the fuzz targets. Tests are left to the compiler's warnings: the macros of the
+# The engine, the hosts, the tools, the benchmarks and the fuzz targets. Tests are left to the compiler's warnings: the macros of the
 # test framework take most of the time and hide what matters.
 check_tidy() {
     say "Configuring for clang-tidy"
     cmake --fresh --preset tidy
     say "Running clang-tidy ($jobs jobs)"
-    find src examples bench fuzz -name '*.cpp' -print0 |
+    find src tools examples bench fuzz -name '*.cpp' -print0 |
         xargs -0 -P "$jobs" -n 1 clang-tidy -p build/tidy --quiet
 }
 

@@ -11,8 +11,8 @@ using complex = std::complex<double>;
 
 constexpr double delay_frames = 977.0;
 
-// The sum of the squared taps of both filters. Being the same in every row, it makes all angles equally loud in
-// the loudspeakers, and the boost at narrow angles costs level rather than headroom.
+// The sum of the squared taps of both filters. Being the same in every row, it makes all angles equally loud
+// in the loudspeakers, and the boost at narrow angles costs level rather than headroom.
 constexpr double row_energy = 0.4;
 
 struct regularisation_knot {
@@ -34,8 +34,8 @@ double regularisation_at(double frequency) {
     return lower->beta + along * (upper->beta - lower->beta);
 }
 
-// O. Kirkeby, P. A. Nelson, H. Hamada and F. Orduna-Bustamante, "Fast deconvolution of multichannel systems using
-// regularization", IEEE Trans. Speech Audio Process. 6(2), 1998.
+// O. Kirkeby, P. A. Nelson, H. Hamada and F. Orduna-Bustamante, "Fast deconvolution of multichannel systems
+// using regularization", IEEE Trans. Speech Audio Process. 6(2), 1998.
 complex regularised_inverse(const complex& value, double beta) {
     return std::conj(value) / (std::norm(value) + beta);
 }

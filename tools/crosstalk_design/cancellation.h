@@ -14,6 +14,7 @@ struct filter_row {
     std::array<float, row_taps> cross; ///< left input to right loudspeaker, right to left
 };
 
-/// The filters for loudspeakers whose sound reaches the ears in this way. With them each ear hears its own channel as
-/// it would hear the loudspeaker of its side alone, some 977 frames later, and little of the other channel.
+/// The filters for loudspeakers whose sound reaches the ears in this way. With them each ear hears its own
+/// channel as it would hear the loudspeaker of its side alone, some 977 frames later, and little of the other
+/// channel.
 filter_row cancel_crosstalk(const ear_responses& ears);

@@ -7,8 +7,6 @@ namespace {
 
 using complex = std::complex<double>;
 
-constexpr double two_pi = 6.283185307179586476925;
-
 // An unscaled transform of every `stride`-th value; `roots` holds exp(+-2 pi i k / grid_frames).
 void transform(const complex* in, complex* out, int length, int stride, const std::vector<complex>& roots) {
     if (length == 1) {

@@ -9,8 +9,8 @@ using complex = std::complex<double>;
 
 constexpr double speed_of_sound = 343.0; // metres a second
 
-// The ears sit a little behind and below the middle of the head, which also keeps them out of the bright spot that
-// a perfect sphere has opposite the source.
+// The ears sit a little behind and below the middle of the head, which also keeps them out of the bright spot
+// that a perfect sphere has opposite the source.
 constexpr double ear_azimuth = 100.0;   // degrees from the nose
 constexpr double ear_elevation = -15.0; // degrees
 
@@ -40,7 +40,7 @@ std::vector<complex> hankel_slopes(double x, int orders) {
 
 std::vector<complex> modes_at(double frequency, double radius, double distance) {
     const double waves_in_radius = frequency * radius / speed_of_sound;
-    const double at_surface = 6.283185307179586476925 * waves_in_radius;
+    const double at_surface = two_pi * waves_in_radius;
     const double at_source = at_surface * distance / radius;
     // Beyond the order k a the terms fall faster than any power; below, as powers of radius / distance.
     const int orders = static_cast<int>(1.5 * at_surface) + 25;

@@ -12,8 +12,8 @@ public:
     /// A sphere of `radius` metres whose sources all stand `distance` metres from its centre.
     spherical_head(double radius, double distance);
 
-    /// The pressure at the point of the sphere that lies `cos_incidence` (a cosine: 1 facing the source, -1 behind)
-    /// from the direction of the source, relative to the free field at the centre of the sphere.
+    /// The pressure at the point of the sphere that lies `cos_incidence` (a cosine: 1 facing the source, -1
+    /// behind) from the direction of the source, relative to the free field at the centre of the sphere.
     spectrum response(double cos_incidence) const;
 
 private:
@@ -27,6 +27,6 @@ struct ear_responses {
     spectrum far;  ///< from the other one
 };
 
-/// The same for both ears: loudspeakers `half_span` degrees to the left and right of the nose, level with the centre of the
-/// head.
+/// The same for both ears: loudspeakers `half_span` degrees to the left and right of the nose, level with the
+/// centre of the head.
 ear_responses respond(const spherical_head& head, double half_span);

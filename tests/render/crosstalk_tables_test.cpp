@@ -1,0 +1,114 @@
+#include "render/crosstalk_tables.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <cstdint>
+#include <cstring>
+#include <numeric>
+
+namespace {
+
+using complex = std::complex<double>;
+
+double energy(const float* taps, int count) {
+    return std::inner_product(taps, taps + count, taps, 0.0);
+}
+
+int main_tap(const float* taps) {
+    int found = 0;
+    for (int i = 0; i < crosstalk_taps; i++)
+        if (std::abs(taps[i]) > std::abs(taps[found]))
+            found = i;
+    return found;
+}
+
+complex response(const float* taps, double hertz) {
+    complex sum = 0.0;
+    for (int i = 0; i < crosstalk_taps; i++)
+        sum += static_cast<double>(taps[i]) * std::polar(1.0, -2.0 * M_PI * hertz / 48000.0 * i);
+    return sum;
+}
+
+complex hankel(unsigned order, double x) {
+    return {std::sph_bessel(order, x), std::sph_neumann(order, x)};
+}
+
+// The pressure that a source one metre away makes on a rigid sphere of 87.5 mm, up to a factor that doesn't
+// depend on the angle between the two: the textbook series, by the standard library's functions.
+complex pressure_on_sphere(double hertz, double cos_angle) {
+    const double at_surface = 2.0 * M_PI * hertz / 343.0 * 0.0875;
+    complex sum = 0.0;
+    for (unsigned n = 0; n < at_surface + 12.0; n++) {
+        const complex slope =
+            static_cast<double>(n) / at_surface * hankel(n, at_surface) - hankel(n + 1, at_surface);
+        sum += (2.0 * n + 1.0) * std::legendre(n, cos_angle) * hankel(n, at_surface / 0.0875) / slope;
+    }
+    return std::conj(sum);
+}
+
+// In dB, how much more of a channel reaches its own ear than the other one. Ears 100 degrees from the nose,
+// 15 down.
+double separation(int row, double hertz) {
+    const auto from = [=](double azimuth) {
+        return pressure_on_sphere(hertz,
+                                  std::cos((100.0 + azimuth) * M_PI / 180.0) * std::cos(15.0 * M_PI / 180.0));
+    };
+    const complex near = from(-row);
+    const complex far = from(row);
+    const complex same = response(ltol_speaker_irs[row], hertz);
+    const complex cross = response(ltor_speaker_irs[row], hertz);
+    return 20.0 * std::log10(std::abs(near * same + far * cross) / std::abs(near * cross + far * same));
+}
+
+TEST(crosstalk_tables, left_mirrors_right_and_the_narrowest_rows_are_one) {
+    EXPECT_EQ(std::memcmp(ltol_speaker_irs, rtor_speaker_irs, sizeof ltol_speaker_irs), 0);
+    EXPECT_EQ(std::memcmp(ltor_speaker_irs, rtol_speaker_irs, sizeof ltor_speaker_irs), 0);
+    EXPECT_NE(std::memcmp(ltol_speaker_irs, ltor_speaker_irs, sizeof ltor_speaker_irs), 0);
+    for (const auto* table : {ltol_speaker_irs, ltor_speaker_irs}) {
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(table) % 64, 0U);
+        EXPECT_EQ(std::memcmp(table[0], table[2], sizeof table[0]), 0);
+        EXPECT_EQ(std::memcmp(table[1], table[2], sizeof table[1]), 0);
+        EXPECT_NE(std::memcmp(table[3], table[2], sizeof table[3]), 0);
+    }
+}
+
+TEST(crosstalk_tables, wider_angles_need_more_of_the_same_side_and_less_and_later_of_the_other) {
+    int narrower = 2;
+    for (const int row : {5, 10, 20, 30, 45, 60, 89}) {
+        SCOPED_TRACE(row);
+        EXPECT_GT(energy(ltol_speaker_irs[row], crosstalk_taps),
+                  energy(ltol_speaker_irs[narrower], crosstalk_taps));
+        EXPECT_LT(energy(ltor_speaker_irs[row], crosstalk_taps),
+                  energy(ltor_speaker_irs[narrower], crosstalk_taps));
+        EXPECT_GT(main_tap(ltor_speaker_irs[row]), main_tap(ltor_speaker_irs[narrower]));
+        narrower = row;
+    }
+    EXPECT_NEAR(ltol_speaker_irs[15][977], 0.42, 0.06);
+    EXPECT_NEAR(ltol_speaker_irs[45][977], 0.53, 0.06);
+    EXPECT_NEAR(ltol_speaker_irs[89][977], 0.60, 0.06);
+}
+
+TEST(crosstalk_tables, each_filter_lies_around_its_main_tap_and_fills_its_row) {
+    for (const auto* table : {ltol_speaker_irs, ltor_speaker_irs})
+        for (int row = 0; row < crosstalk_rows; row++) {
+            SCOPED_TRACE(row);
+            const float* taps = table[row];
+            EXPECT_EQ(main_tap(ltol_speaker_irs[row]), 977);
+            EXPECT_LT(main_tap(taps), 1024);
+            const double early = energy(taps, 1024) / energy(taps, crosstalk_taps);
+            EXPECT_GT(early, 0.77);
+            EXPECT_LT(early, 0.98);
+            EXPECT_NE(taps[0], 0.0F);
+            EXPECT_NE(taps[crosstalk_taps - 1], 0.0F);
+        }
+}
+
+TEST(crosstalk_tables, keep_the_channels_20_dB_apart_where_it_matters) {
+    for (const int row : {10, 30, 89})
+        for (const double hertz : {500.0, 1000.0, 2000.0, 4000.0, 6000.0})
+            EXPECT_GT(separation(row, hertz), 20.0) << "row " << row << ", " << hertz << " Hz";
+}
+
+} // namespace
