@@ -109,15 +109,18 @@ void quenlis_participant::build_listener_side(const quenlis_common_object* commo
 }
 
 void quenlis_participant::build_talker_side() {
-    // Place of the analysis scratch block.
+    const int32_t channels = configuration_.input_number_channels;
+    analysis_scratch_ = qnl_make_buffer_32f(2 * engine_frames_);
     // Room for two channels whatever the talker has, see listener_engine::input_audio.
     input_block_ = qnl_make_buffer_32f(2 * engine_frames_);
     if (configuration_.input_sampling_rate != engine_rate)
-        input_resampler_ =
-            std::make_unique<quenlis_resampler>(configuration_.input_sampling_rate, engine_rate,
-                                                configuration_.input_number_channels, engine_frames_);
-    // Place of the speech analysis, the noise canceller, the gain control, the de-esser and the equaliser, in
-    // this order.
+        input_resampler_ = std::make_unique<quenlis_resampler>(configuration_.input_sampling_rate,
+                                                               engine_rate, channels, engine_frames_);
+    rnn_ = std::make_unique<quenlis_rnn>(engine_frames_, channels);
+    anc_ = std::make_unique<quenlis_anc>(engine_rate, channels, engine_frames_);
+    agc_ = std::make_unique<quenlis_agc>(channels, engine_frames_);
+    deesser_ = std::make_unique<quenlis_deesser>(engine_rate, channels, engine_frames_);
+    auto_eq_ = std::make_unique<quenlis_auto_EQ>(engine_rate, channels, engine_frames_);
 }
 
 int32_t quenlis_participant::add_source(int32_t source_id, int32_t channels) {
@@ -153,7 +156,30 @@ void quenlis_participant::process_input(const void* audio, quenlis_data_type typ
         convert_stereo_to_mono(input_block_.get(), 0.5F, input_frames_);
     if (input_resampler_)
         input_resampler_->process(input_block_.get(), input_block_.get());
-    // Place of, as the controls say, noise cancellation, speech analysis, equaliser, gain control and de-esser.
+    enhance(on);
+}
+
+void quenlis_participant::enhance(const enhancements& on) {
+    float* const block = input_block_.get();
+    const float voice_probability = analyse_speech(on);
+    if (on.equaliser)
+        auto_eq_->process(block, block, voice_probability, rnn_->get_pitch());
+    if (on.gain_control)
+        agc_->process(block, voice_probability);
+    if (on.equaliser || on.gain_control)
+        deesser_->process(block, block);
+}
+
+/// Cleans the block where that is wanted; otherwise only listens to it. @return the voice probability
+float quenlis_participant::analyse_speech(const enhancements& on) {
+    float* const block = input_block_.get();
+    if (on.noise_cancellation) {
+        anc_->process(block, block);
+        return rnn_->process(block, block);
+    }
+    if (on.equaliser || on.gain_control)
+        return rnn_->process(block, analysis_scratch_.get());
+    return 1.0F;
 }
 
 void quenlis_participant::read_input(const void* audio, quenlis_data_type type) {

@@ -7,7 +7,12 @@
 #include "frame/common_object.h"
 #include "mix/listener_engine.h"
 #include "quenlis.h"
+#include "voice/agc.h"
+#include "voice/auto_eq.h"
+#include "voice/deesser.h"
 #include "voice/limiter.h"
+#include "voice/neural/anc.h"
+#include "voice/recurrent/rnn.h"
 
 #include <cstdint>
 #include <memory>
@@ -69,6 +74,8 @@ private:
 
     void read_input(const void* audio, quenlis_data_type type);
     enhancements enabled_enhancements() const;
+    void enhance(const enhancements& on);
+    float analyse_speech(const enhancements& on);
 
     void render_output();
     void write_output(void* audio, quenlis_data_type type) const;
@@ -86,6 +93,12 @@ private:
     std::mutex output_mutex_;
     std::unique_ptr<quenlis_resampler> input_resampler_;  // null when the input is at the engine's rate
     std::unique_ptr<quenlis_resampler> output_resampler_; // null when the output is
+    qnl_buffer_32f analysis_scratch_; // cleaned audio that only its analysis was wanted of
+    std::unique_ptr<quenlis_rnn> rnn_;
+    std::unique_ptr<quenlis_anc> anc_;
+    std::unique_ptr<quenlis_agc> agc_;
+    std::unique_ptr<quenlis_auto_EQ> auto_eq_;
+    std::unique_ptr<quenlis_deesser> deesser_;
     std::unique_ptr<quenlis_limiter> limiter_;
     quenlis_flags flags_;
 };
