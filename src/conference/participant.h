@@ -6,8 +6,8 @@
 #include "frame/common_object.h"
 #include "mix/listener_engine.h"
 #include "quenlis.h"
+#include "render/crosstalk.h"
 #include "voice/limiter.h"
-
 
 #include <cstdint>
 #include <memory>
@@ -85,6 +85,7 @@ private:
     const int32_t engine_frames_;
     qnl_buffer_32f output_block_; // always room for stereo
     std::mutex output_mutex_;
+    std::unique_ptr<quenlis_xtc> crosstalk_canceller_;
     std::unique_ptr<quenlis_limiter> limiter_;
     quenlis_flags flags_;
 };

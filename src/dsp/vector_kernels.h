@@ -86,6 +86,13 @@ struct layer_kernels {
     float (*inner_product)(const float* a, const float* b, std::size_t n);
 };
 
+struct bin_kernels {
+    /// Takes out of `n` pairs of bins what they have in common: centre becomes the point of the segment between
+    /// left and right that is nearest to zero, by the rule of separate_left_right_to_center for bins above 0, and is
+    /// taken away from both.
+    void (*separate_centre)(complex32f* left, complex32f* right, complex32f* centre, std::size_t n);
+};
+
 /// One instruction set's kernels, family by family.
 struct vector_kernels {
     const arithmetic_kernels* arithmetic;
@@ -94,6 +101,7 @@ struct vector_kernels {
     const conversion_kernels* conversion;
     const fft_kernels* fft;
     const layer_kernels* layers;
+    const bin_kernels* bins;
 };
 
 /// The reference, plain loops, whose bits every other table repeats.
@@ -102,6 +110,7 @@ extern const complex_kernels scalar_complex_kernels;
 extern const math_kernels scalar_math_kernels;
 extern const conversion_kernels scalar_conversion_kernels;
 extern const layer_kernels scalar_layer_kernels;
+extern const bin_kernels scalar_bin_kernels;
 
 /// The kernels in use: scalar ones until qnl_start_vector_layer. Hidden, so that a call reaches them without a
 /// way round through the table of global symbols.
