@@ -1,3 +1,5 @@
+#include "dsp/bin_kernels.h"
+
 #include <cstddef>
 #include <limits>
 

@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "dsp/kernel_tables.h"
+#include "dsp/layer_kernels.h"
 #include "dsp/reduction_order.h"
 
 #undef HWY_TARGET_INCLUDE

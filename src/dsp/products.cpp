@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "dsp/layer_kernels.h"
 #include "dsp/vector_kernels.h"
 
 namespace {

@@ -1,8 +1,8 @@
+#include "dsp/bin_kernels.h"
+
 #include <cmath>
 #include <cstddef>
 #include <limits>
-
-#include "dsp/vector_kernels.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "dsp/layer_kernels.h"
 #include "dsp/reduction_order.h"
-#include "dsp/vector_kernels.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "dsp/bin_kernels.h"
 #include "dsp/vector_kernels.h"
 #include "render/crosstalk.h"
 
