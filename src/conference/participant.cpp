@@ -99,7 +99,8 @@ void quenlis_participant::validate() const {
 void quenlis_participant::build_listener_side(const quenlis_common_object* common) {
     listener_engine_ = std::make_unique<listener_engine>(&flags_, common, engine_frames_);
     output_block_ = qnl_make_buffer_32f(2 * engine_frames_);
-    // Place of the crosstalk canceller.
+    crosstalk_canceller_ =
+        std::make_unique<quenlis_xtc>(engine_frames_, &flags_, nullptr, nullptr, nullptr, nullptr);
     limiter_ = std::make_unique<quenlis_limiter>(limiter_threshold_db, limiter_attack_ms, engine_rate, 2,
                                                  engine_frames_);
     if (library_.output_sampling_rate != engine_rate)
@@ -233,7 +234,8 @@ qnl_error_code quenlis_participant::process_output(void* audio, quenlis_data_typ
 }
 
 void quenlis_participant::render_output() {
-    // Place of the crosstalk canceller (device QNL_DEVICE_SPEAKER).
+    if (flags_.get_state(QNL_CONTROL_DEVICE) == QNL_DEVICE_SPEAKER)
+        crosstalk_canceller_->process(output_block_.get(), output_block_.get());
     limiter_->process(output_block_.get(), output_block_.get());
     const float gain = static_cast<float>(flags_.get_state(QNL_CONTROL_MASTER_GAIN)) / 100.0F;
     // Over 2F samples, not 2N: below 48000 Hz the gain stops short of the planar block's end. This is wanted.

@@ -7,6 +7,7 @@
 #include "frame/common_object.h"
 #include "mix/listener_engine.h"
 #include "quenlis.h"
+#include "render/crosstalk.h"
 #include "voice/agc.h"
 #include "voice/auto_eq.h"
 #include "voice/deesser.h"
@@ -99,6 +100,7 @@ private:
     std::unique_ptr<quenlis_agc> agc_;
     std::unique_ptr<quenlis_auto_EQ> auto_eq_;
     std::unique_ptr<quenlis_deesser> deesser_;
+    std::unique_ptr<quenlis_xtc> crosstalk_canceller_;
     std::unique_ptr<quenlis_limiter> limiter_;
     quenlis_flags flags_;
 };

@@ -65,6 +65,7 @@ struct conversion_kernels {
     void (*double_to_float)(const double* a, float* d, std::size_t n);
 };
 
+struct bin_kernels;       // in bin_kernels.h
 struct fft_kernels;       // in fft_kernels.h
 struct layer_kernels;     // in layer_kernels.h
 struct resampler_kernels; // in resampler_kernels.h
@@ -78,6 +79,7 @@ struct vector_kernels {
     const fft_kernels* fft;
     const layer_kernels* layers;
     const resampler_kernels* resampler;
+    const bin_kernels* bins;
 };
 
 /// The reference, plain loops, whose bits every other table repeats.

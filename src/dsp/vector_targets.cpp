@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "dsp/bin_kernels.h"
 #include "dsp/fft_kernels.h"
 #include "dsp/layer_kernels.h"
 #include "dsp/resampler_kernels.h"
@@ -17,7 +18,7 @@ namespace {
 constexpr vector_kernels scalar_kernels = {
     &scalar_arithmetic_kernels, &scalar_complex_kernels, &scalar_math_kernels,
     &scalar_conversion_kernels, &scalar_fft_kernels,     &scalar_layer_kernels,
-    &scalar_resampler_kernels,
+    &scalar_resampler_kernels,  &scalar_bin_kernels,
 };
 
 struct vector_target {
@@ -37,7 +38,7 @@ std::vector<vector_target> offered_targets() {
                                {&quenlis::arithmetic_kernels_of(target), &quenlis::complex_kernels_of(target),
                                 &quenlis::math_kernels_of(target), &quenlis::conversion_kernels_of(target),
                                 &quenlis::fft_kernels_of(target), &quenlis::layer_kernels_of(target),
-                                &quenlis::resampler_kernels_of(target)}});
+                                &quenlis::resampler_kernels_of(target), &quenlis::bin_kernels_of(target)}});
     }
 #endif
     return targets;
