@@ -1,0 +1,123 @@
+#include <cstddef>
+#include <cstdint>
+
+#include "dsp/kernel_tables.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "dsp/layer_kernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace quenlis {
+namespace HWY_NAMESPACE {
+#if QUENLIS_IS_PLAIN_TARGET
+
+const layer_kernels& layer_table() {
+    return scalar_layer_kernels;
+}
+
+#else
+namespace hn = hwy::HWY_NAMESPACE;
+namespace {
+
+// Rows that are read side by side, so that a sum goes through memory once for all of them; and vectors of sums that
+// grow at the same time, enough to hide how long an addition takes.
+constexpr std::size_t rows_at_once = 8;
+constexpr std::size_t sums_at_once = 8;
+
+template <class Tag>
+HWY_INLINE hn::Vec<Tag> load_weights(Tag tag, const float* row) {
+    return hn::LoadU(tag, row);
+}
+
+template <class Tag>
+HWY_INLINE hn::Vec<Tag> load_weights(Tag tag, const std::int8_t* row) {
+    const hn::Rebind<std::int8_t, Tag> bytes;
+    const hn::Rebind<std::int32_t, Tag> words;
+    return hn::ConvertTo(tag, hn::PromoteTo(words, hn::LoadU(bytes, row)));
+}
+
+/// Adds `count` rows to `Vectors` vectors of sums of each frame, from output j on.
+template <std::size_t Frames, std::size_t Vectors, class Tag, class Weight>
+HWY_INLINE void add_to_tile(Tag tag, const Weight* const* rows, std::size_t count, const float* inputs,
+                            const weighted_rows& sums, std::size_t j) {
+    hn::Vec<Tag> tile[Frames][Vectors];
+    for (std::size_t frame = 0; frame < Frames; ++frame)
+        for (std::size_t v = 0; v < Vectors; ++v)
+            tile[frame][v] = hn::LoadU(tag, sums.out + static_cast<std::ptrdiff_t>(frame) * sums.out_stride +
+                                                j + v * hn::Lanes(tag));
+    for (std::size_t row = 0; row < count; ++row) {
+        for (std::size_t v = 0; v < Vectors; ++v) {
+            const auto weights = load_weights(tag, rows[row] + j + v * hn::Lanes(tag));
+            for (std::size_t frame = 0; frame < Frames; ++frame)
+                tile[frame][v] =
+                    hn::Add(tile[frame][v], hn::Mul(hn::Set(tag, inputs[row * Frames + frame]), weights));
+        }
+    }
+    for (std::size_t frame = 0; frame < Frames; ++frame)
+        for (std::size_t v = 0; v < Vectors; ++v)
+            hn::StoreU(tile[frame][v], tag,
+                       sums.out + static_cast<std::ptrdiff_t>(frame) * sums.out_stride + j +
+                           v * hn::Lanes(tag));
+}
+
+/// Adds `count` rows to all sums.
+template <std::size_t Frames, class Weight>
+HWY_INLINE void add_group(const Weight* const* rows, std::size_t count, const float* inputs,
+                          const weighted_rows& sums) {
+    const hn::ScalableTag<float> whole;
+    const hn::CappedTag<float, 1> single;
+    constexpr std::size_t vectors = sums_at_once / Frames;
+    const std::size_t lanes = hn::Lanes(whole);
+    std::size_t j = 0;
+    for (; j + vectors * lanes <= sums.width; j += vectors * lanes)
+        add_to_tile<Frames, vectors>(whole, rows, count, inputs, sums, j);
+    for (; j + lanes <= sums.width; j += lanes)
+        add_to_tile<Frames, 1>(whole, rows, count, inputs, sums, j);
+    for (; j < sums.width; ++j)
+        add_to_tile<Frames, 1>(single, rows, count, inputs, sums, j);
+}
+
+template <std::size_t Frames, class Weight>
+void add_all(const Weight* const* rows, std::size_t count, const weighted_rows& sums) {
+    std::size_t row = 0;
+    for (; row + rows_at_once <= count; row += rows_at_once)
+        add_group<Frames>(rows + row, rows_at_once, sums.inputs + row * Frames, sums);
+    if (row < count)
+        add_group<Frames>(rows + row, count - row, sums.inputs + row * Frames, sums);
+}
+
+template <class Weight>
+void add_rows(const Weight* const* rows, std::size_t count, const weighted_rows& sums) {
+    if (sums.frames == 4)
+        add_all<4>(rows, count, sums);
+    else if (sums.frames == 2)
+        add_all<2>(rows, count, sums);
+    else
+        add_all<1>(rows, count, sums);
+}
+
+} // namespace
+
+const layer_kernels& layer_table() {
+    static constexpr layer_kernels table = {add_rows<float>, add_rows<std::int8_t>};
+    return table;
+}
+
+#endif
+} // namespace HWY_NAMESPACE
+} // namespace quenlis
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quenlis {
+
+HWY_EXPORT(layer_table);
+
+const layer_kernels& layer_kernels_of(std::int64_t target) {
+    return kernels_of(HWY_DISPATCH_TABLE(layer_table), target);
+}
+
+} // namespace quenlis
+#endif

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+// Products of vectors with row-major matrices, for network layers. A row holds the weights of one input towards all
+// outputs; the rows are walked in order and added up, each product and each sum rounded to float.
+
+/// out[j] += in[0] w[0][j], then in[1] w[1][j] and so on, for each output j and each of `frames` independent inputs.
+/// A row whose input equals 0 is left out, so that it costs nothing and its weights need not be finite; a NaN is not
+/// equal to 0. All frames together read the weights once. The result does not depend on how many there are.
+///
+/// @param in       `rows` values for each frame, frame f at in + f * in_stride
+/// @param weights  row i at weights + i * row_stride
+/// @param out      `width` values for each frame, frame f at out + f * out_stride; must not overlap `in`
+/// Never allocates.
+struct row_walk {
+    const float* in;
+    int in_stride;
+    float* out;
+    int out_stride;
+    int frames;
+    int rows;
+    int row_stride;
+    int width;
+};
+void qnl_walk_rows(const row_walk& walk, const float* weights);
+void qnl_walk_rows(const row_walk& walk, const std::int8_t* weights);
