@@ -24,6 +24,7 @@ public:
     /// Throws a failure that names the file and the reason.
     explicit recording(const std::string& path);
 
+    const std::string& path() const { return path_; }
     int rate() const { return info_.samplerate; } ///< Hz
     int channels() const { return info_.channels; }
     long frames() const { return info_.frames; } ///< as its header says

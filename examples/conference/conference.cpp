@@ -1,12 +1,12 @@
 #include "conference.h"
 
 #include "failure.h"
-#include "legal_rates.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <numeric>
 
 namespace {
 
@@ -33,6 +33,15 @@ bool is_number(const std::string& text) {
     return text.find_first_not_of("0123456789") == std::string::npos;
 }
 
+/// A block has to hold a whole number of frames at the recording's rate too.
+[[noreturn]] void refuse_rate(const recording& talk, const qnl_library_configuration& format) {
+    const int step =
+        format.output_sampling_rate / std::gcd(format.output_sampling_rate, format.output_number_frames);
+    throw usage_error(talk.path() + ": a rate of " + std::to_string(talk.rate()) +
+                      " Hz is not supported, only multiples of " + std::to_string(step) +
+                      " Hz up to 48000 Hz with these blocks");
+}
+
 void forbid_overwriting(const std::string& mix, const std::vector<std::string>& recordings) {
     std::error_code unreadable;
     for (const std::string& path : recordings)
@@ -57,11 +66,8 @@ conference::conference(const options& chosen) : format_(chosen.format), samples_
 }
 
 void conference::invite(const options& chosen) {
-    for (const std::string& path : chosen.recordings) {
-        recording talk(path);
-        require_legal_rate(path, talk.rate());
-        add_member(std::filesystem::path(path).stem()).talk.emplace(std::move(talk));
-    }
+    for (const std::string& path : chosen.recordings)
+        add_member(std::filesystem::path(path).stem()).talk.emplace(path);
     for (int i = 1; i <= chosen.listeners; ++i)
         add_member("listener" + std::to_string(i));
 }
@@ -94,9 +100,11 @@ void conference::join(member& person) {
     const int channels = person.talk ? person.talk->channels() : 1;
     const int rate = person.talk ? person.talk->rate() : format_.output_sampling_rate;
     const auto type = person.talk ? QNL_PARTICIPANT_REGULAR : QNL_PARTICIPANT_LISTENER_ONLY;
-    require_success(
-        qnl_add_participant(engine_.get(), room_id, person.id, person.name.c_str(), {rate, channels, type}),
-        "add " + person.name);
+    const qnl_error_code code =
+        qnl_add_participant(engine_.get(), room_id, person.id, person.name.c_str(), {rate, channels, type});
+    if (person.talk && code == QNL_ERROR_SAMPLE_RATE)
+        refuse_rate(*person.talk, format_);
+    require_success(code, "add " + person.name);
 
     const long frames = static_cast<long>(rate) * format_.output_number_frames / format_.output_sampling_rate;
     person.spoken.resize(static_cast<std::size_t>(frames * channels));

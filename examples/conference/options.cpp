@@ -1,7 +1,6 @@
 #include "options.h"
 
 #include "failure.h"
-#include "legal_rates.h"
 
 #include <CLI/CLI.hpp>
 
@@ -53,7 +52,7 @@ CLI::Option* add_repeatable(CLI::App& app, const std::string& name, std::vector<
 
 void declare_participants(CLI::App& app, options& chosen) {
     const std::string group = "Participants and files";
-    app.add_option("recordings", chosen.recordings, "Audio files at 48000 Hz, one talker each")
+    app.add_option("recordings", chosen.recordings, "Audio files, one talker each")
         ->required()
         ->option_text("FILE...");
     app.add_option("--listeners", chosen.listeners, "Participants that only listen")
@@ -69,11 +68,14 @@ void declare_participants(CLI::App& app, options& chosen) {
 
 void declare_format(CLI::App& app, options& chosen, raw_texts& texts) {
     const std::string group = "Output format";
-    app.add_option("--rate", chosen.format.output_sampling_rate, "Sampling rate in Hz: 48000")
+    app.add_option("--rate", chosen.format.output_sampling_rate,
+                   "Sampling rate in Hz: 8000, 16000, 24000, 32000\nor 48000 (default)")
         ->option_text("HZ")
         ->group(group);
-    app.add_option("--frames", chosen.format.output_number_frames,
-                   "Frames of one block: 480 (default), 512, 960 or 1024")
+    app.add_option(
+           "--frames", chosen.format.output_number_frames,
+           "Frames of one block: 10 ms (default) or 20 ms;\nalso 256 or 512 at 24000 Hz, 683 at 32000 Hz,\n"
+           "512 or 1024 at 48000 Hz")
         ->option_text("N")
         ->group(group);
     app.add_option("--channels", chosen.format.output_number_channels, "1 or 2 (default)")
@@ -169,7 +171,8 @@ std::optional<options> parse_options(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         throw usage_error(error.what());
     }
-    require_legal_rate("--rate", chosen.format.output_sampling_rate);
+    if (app.count("--frames") == 0)
+        chosen.format.output_number_frames = chosen.format.output_sampling_rate / 100; // 10 ms
     interpret(texts, chosen);
     return chosen;
 }

@@ -99,22 +99,29 @@ void quenlis_participant::validate() const {
 void quenlis_participant::build_listener_side(const quenlis_common_object* common) {
     listener_engine_ = std::make_unique<listener_engine>(&flags_, common, engine_frames_);
     output_block_ = qnl_make_buffer_32f(2 * engine_frames_);
-    // Place of the crosstalk canceller.
+    crosstalk_canceller_ =
+        std::make_unique<quenlis_xtc>(engine_frames_, &flags_, nullptr, nullptr, nullptr, nullptr);
     limiter_ = std::make_unique<quenlis_limiter>(limiter_threshold_db, limiter_attack_ms, engine_rate, 2,
                                                  engine_frames_);
-    // Place of the output resampler.
+    if (library_.output_sampling_rate != engine_rate)
+        output_resampler_ = std::make_unique<quenlis_resampler>(engine_rate, library_.output_sampling_rate,
+                                                                library_.output_number_channels,
+                                                                library_.output_number_frames);
 }
 
 void quenlis_participant::build_talker_side() {
+    const int32_t channels = configuration_.input_number_channels;
+    analysis_scratch_ = qnl_make_buffer_32f(2 * engine_frames_);
     // Room for two channels whatever the talker has, see listener_engine::input_audio.
     input_block_ = qnl_make_buffer_32f(2 * engine_frames_);
-    // Place of the analysis scratch block, the input resampler, the speech analysis, the noise canceller, the
-    // gain control, the de-esser and the equaliser, in this order.
-}
-
-bool quenlis_participant::has_input_resampler() const {
-    return configuration_.type != QNL_PARTICIPANT_LISTENER_ONLY &&
-           configuration_.input_sampling_rate != engine_rate;
+    if (configuration_.input_sampling_rate != engine_rate)
+        input_resampler_ = std::make_unique<quenlis_resampler>(configuration_.input_sampling_rate,
+                                                               engine_rate, channels, engine_frames_);
+    rnn_ = std::make_unique<quenlis_rnn>(engine_frames_, channels);
+    anc_ = std::make_unique<quenlis_anc>(engine_rate, channels, engine_frames_);
+    agc_ = std::make_unique<quenlis_agc>(channels, engine_frames_);
+    deesser_ = std::make_unique<quenlis_deesser>(engine_rate, channels, engine_frames_);
+    auto_eq_ = std::make_unique<quenlis_auto_EQ>(engine_rate, channels, engine_frames_);
 }
 
 int32_t quenlis_participant::add_source(int32_t source_id, int32_t channels) {
@@ -132,7 +139,7 @@ qnl_error_code quenlis_participant::remove_source(int32_t source_id) {
 
 qnl_error_code quenlis_participant::set_state(qnl_audio_control control, int value) {
     // The value is not looked at: turning the equaliser off is refused as well.
-    if (control == QNL_CONTROL_AUTO_EQ_ENABLE && has_input_resampler())
+    if (control == QNL_CONTROL_AUTO_EQ_ENABLE && input_resampler_)
         throw quenlis_exception(
             QNL_LOG_WARNING, QNL_ERROR_INVALID_CONTROL,
             "The Auto EQ effect is only available for 48 kHz inputs currently. It will not "
@@ -148,8 +155,32 @@ void quenlis_participant::process_input(const void* audio, quenlis_data_type typ
     const enhancements on = enabled_enhancements();
     if (configuration_.input_number_channels == 2 && on.any())
         convert_stereo_to_mono(input_block_.get(), 0.5F, input_frames_);
-    // Place of the input resampler, in place, from I to N frames per channel; then, as the controls say,
-    // noise cancellation, speech analysis, equaliser, gain control and de-esser.
+    if (input_resampler_)
+        input_resampler_->process(input_block_.get(), input_block_.get());
+    enhance(on);
+}
+
+void quenlis_participant::enhance(const enhancements& on) {
+    float* const block = input_block_.get();
+    const float voice_probability = analyse_speech(on);
+    if (on.equaliser)
+        auto_eq_->process(block, block, voice_probability, rnn_->get_pitch());
+    if (on.gain_control)
+        agc_->process(block, voice_probability);
+    if (on.equaliser || on.gain_control)
+        deesser_->process(block, block);
+}
+
+/// Cleans the block where that is wanted; otherwise only listens to it. @return the voice probability
+float quenlis_participant::analyse_speech(const enhancements& on) {
+    float* const block = input_block_.get();
+    if (on.noise_cancellation) {
+        anc_->process(block, block);
+        return rnn_->process(block, block);
+    }
+    if (on.equaliser || on.gain_control)
+        return rnn_->process(block, analysis_scratch_.get());
+    return 1.0F;
 }
 
 void quenlis_participant::read_input(const void* audio, quenlis_data_type type) {
@@ -196,13 +227,15 @@ qnl_error_code quenlis_participant::process_output(void* audio, quenlis_data_typ
         render_output();
     if (library_.output_number_channels == 1)
         convert_stereo_to_mono(output_block_.get(), mono_fold, engine_frames_);
-    // Place of the output resampler, in place, from N to F frames per channel.
+    if (output_resampler_)
+        output_resampler_->process(output_block_.get(), output_block_.get());
     write_output(audio, type);
     return QNL_ERROR_NONE;
 }
 
 void quenlis_participant::render_output() {
-    // Place of the crosstalk canceller (device QNL_DEVICE_SPEAKER).
+    if (flags_.get_state(QNL_CONTROL_DEVICE) == QNL_DEVICE_SPEAKER)
+        crosstalk_canceller_->process(output_block_.get(), output_block_.get());
     limiter_->process(output_block_.get(), output_block_.get());
     const float gain = static_cast<float>(flags_.get_state(QNL_CONTROL_MASTER_GAIN)) / 100.0F;
     // Over 2F samples, not 2N: below 48000 Hz the gain stops short of the planar block's end. This is wanted.

@@ -2,12 +2,18 @@
 #pragma once
 
 #include "conference/flags.h"
+#include "dsp/resampler.h"
 #include "dsp/vector_primitives.h"
 #include "frame/common_object.h"
 #include "mix/listener_engine.h"
 #include "quenlis.h"
+#include "render/crosstalk.h"
+#include "voice/agc.h"
+#include "voice/auto_eq.h"
+#include "voice/deesser.h"
 #include "voice/limiter.h"
-
+#include "voice/neural/anc.h"
+#include "voice/recurrent/rnn.h"
 
 #include <cstdint>
 #include <memory>
@@ -66,10 +72,11 @@ private:
     void validate() const;
     void build_listener_side(const quenlis_common_object* common);
     void build_talker_side();
-    bool has_input_resampler() const;
 
     void read_input(const void* audio, quenlis_data_type type);
     enhancements enabled_enhancements() const;
+    void enhance(const enhancements& on);
+    float analyse_speech(const enhancements& on);
 
     void render_output();
     void write_output(void* audio, quenlis_data_type type) const;
@@ -85,6 +92,15 @@ private:
     const int32_t engine_frames_;
     qnl_buffer_32f output_block_; // always room for stereo
     std::mutex output_mutex_;
+    std::unique_ptr<quenlis_resampler> input_resampler_;  // null when the input is at the engine's rate
+    std::unique_ptr<quenlis_resampler> output_resampler_; // null when the output is
+    qnl_buffer_32f analysis_scratch_; // cleaned audio that only its analysis was wanted of
+    std::unique_ptr<quenlis_rnn> rnn_;
+    std::unique_ptr<quenlis_anc> anc_;
+    std::unique_ptr<quenlis_agc> agc_;
+    std::unique_ptr<quenlis_auto_EQ> auto_eq_;
+    std::unique_ptr<quenlis_deesser> deesser_;
+    std::unique_ptr<quenlis_xtc> crosstalk_canceller_;
     std::unique_ptr<quenlis_limiter> limiter_;
     quenlis_flags flags_;
 };

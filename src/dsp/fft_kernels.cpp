@@ -23,6 +23,8 @@ const fft_kernels& fft_table() {
 namespace hn = hwy::HWY_NAMESPACE;
 namespace {
 
+#define INLINE_HWY_ATTR HWY_ATTR __attribute__((always_inline))
+
 template <class V>
 HWY_INLINE V times(V value, float factor) {
     return hn::Mul(value, hn::Set(hn::DFromV<V>(), factor));
@@ -30,36 +32,31 @@ HWY_INLINE V times(V value, float factor) {
 
 #include "dsp/fft_butterflies-inl.h"
 
-struct parts {
-    float* re;
-    float* im;
-};
-
-// The lanes of the first two passes: a run of 8 values can't fill more.
+// The lanes of the passes at both ends, and of the second one: a run of 8 values can't fill more.
 using narrow_tag = hn::CappedTag<float, 8>;
 using wide_tag = hn::ScalableTag<float>;
 
 template <class Tag>
 using complex_vector = complex_value<hn::Vec<Tag>>;
 
-template <bool Inverse, class Tag>
-HWY_INLINE complex_vector<Tag> load(Tag tag, const complex32f* a) {
-    complex_vector<Tag> x;
-    hn::LoadInterleaved2(tag, reinterpret_cast<const float*>(a), x.re, x.im);
-    if (Inverse)
-        std::swap(x.re, x.im);
-    return x;
+struct parts {
+    float* re;
+    float* im;
+};
+
+HWY_INLINE parts operator+(parts a, std::ptrdiff_t values) {
+    return {a.re + values, a.im + values};
 }
 
 template <class Tag>
-HWY_INLINE complex_vector<Tag> load(Tag tag, parts from, int at) {
-    return {hn::Load(tag, from.re + at), hn::Load(tag, from.im + at)};
+HWY_INLINE complex_vector<Tag> load(Tag tag, parts from) {
+    return {hn::LoadU(tag, from.re), hn::LoadU(tag, from.im)};
 }
 
 template <class Tag>
-HWY_INLINE void store(complex_vector<Tag> x, Tag tag, parts to, int at) {
-    hn::Store(x.re, tag, to.re + at);
-    hn::Store(x.im, tag, to.im + at);
+HWY_INLINE void store(complex_vector<Tag> x, Tag tag, parts to) {
+    hn::StoreU(x.re, tag, to.re);
+    hn::StoreU(x.im, tag, to.im);
 }
 
 /// Four vectors, lane i of each block of 128 bits gathered in vector i.
@@ -76,125 +73,164 @@ HWY_INLINE void transpose_blocks(Tag tag, hn::Vec<Tag>& a, hn::Vec<Tag>& b, hn::
     d = hn::InterleaveUpper(tag, ac_upper, bd_upper);
 }
 
-/// Value 8 i + j of `to` becomes lane i of vector j.
+/// Stores eight outputs of each group in the order 0 1 4 5 2 3 6 7, which spares the last pass half of its
+/// shuffling. The lanes are groups in the order of load_groups.
 template <class Tag>
-HWY_INLINE void store_transposed(Tag tag, hn::Vec<Tag>* x, float* to) {
-    transpose_blocks(tag, x[0], x[1], x[2], x[3]);
-    transpose_blocks(tag, x[4], x[5], x[6], x[7]);
+HWY_INLINE void store_groups(hn::Vec<Tag>* x, Tag tag, float* to, std::ptrdiff_t group) {
+    transpose_blocks(tag, x[0], x[1], x[4], x[5]);
+    transpose_blocks(tag, x[2], x[3], x[6], x[7]);
+    float* const first = to + 8 * ((group & ~7) + (group & 4) / 2);
+    constexpr int halves[8] = {0, 1, 4, 5, 2, 3, 6, 7};
     for (int i = 0; i < 4; ++i) {
+        const auto a = x[halves[i]];
+        const auto b = x[halves[4 + i]];
+        float* const row = first + 8 * (i / 2 + 4 * (i % 2));
         if constexpr (hn::MaxLanes(Tag()) == 8) {
-            hn::Store(hn::ConcatLowerLower(tag, x[4 + i], x[i]), tag, to + 8 * i);
-            hn::Store(hn::ConcatUpperUpper(tag, x[4 + i], x[i]), tag, to + 8 * (4 + i));
+            hn::StoreU(hn::ConcatLowerLower(tag, b, a), tag, row);
+            hn::StoreU(hn::ConcatUpperUpper(tag, b, a), tag, row + 16);
         } else {
-            hn::Store(x[i], tag, to + 8 * i);
-            hn::Store(x[4 + i], tag, to + 8 * i + 4);
+            hn::StoreU(a, tag, row);
+            hn::StoreU(b, tag, row + 4);
         }
     }
+}
+
+/// Values of one group for each lane, from group `group` on: of eight groups they come in the order
+/// 0 4 1 5 2 6 3 7, which takes the least shuffling.
+template <bool Inverse, class Tag>
+HWY_INLINE complex_vector<Tag> load_groups(Tag tag, const complex32f* in, std::ptrdiff_t group) {
+    const auto* const first = reinterpret_cast<const float*>(in + (group & ~7) + (group & 4) / 2);
+    const auto a = hn::LoadU(tag, first);
+    const auto b = hn::LoadU(tag, first + 8);
+    const complex_vector<Tag> x = {hn::OddEven(hn::Shuffle2301(b), a), hn::OddEven(b, hn::Shuffle2301(a))};
+    return Inverse ? complex_vector<Tag>{x.im, x.re} : x;
 }
 
 /// The pass with a run of 1 and radix 8. Its lanes are groups.
 template <bool Inverse>
-HWY_INLINE void first_pass(const fft_pass& pass, const complex32f* in, parts to) {
+void first_pass(const fft_pass& pass, const complex32f* in, parts to) {
     const narrow_tag tag;
     using vector = hn::Vec<narrow_tag>;
-    for (int group = 0; group < pass.groups; group += static_cast<int>(hn::Lanes(tag))) {
-        complex_value<vector> x[8];
-        for (int k = 0; k < 8; ++k)
-            x[k] = load<Inverse>(tag, in + group + k * pass.groups);
-        butterfly<8>::apply(x);
-        vector re[8] = {x[0].re};
-        vector im[8] = {x[0].im};
-        const float* factors = pass.rotations + group;
-        for (int j = 1; j < 8; ++j, factors += 2 * pass.groups) {
-            const auto turned = rotated(x[j], hn::LoadU(tag, factors), hn::LoadU(tag, factors + pass.groups));
-            re[j] = turned.re;
-            im[j] = turned.im;
-        }
-        store_transposed(tag, re, to.re + 8 * group);
-        store_transposed(tag, im, to.im + 8 * group);
+    const std::ptrdiff_t groups = pass.groups;
+    const float* const rotations = pass.rotations;
+    for (std::ptrdiff_t group = 0; group < groups; group += static_cast<std::ptrdiff_t>(hn::Lanes(tag))) {
+        vector re[8];
+        vector im[8];
+        const auto value = [=](std::ptrdiff_t k)
+                               INLINE_HWY_ATTR { return load_groups<Inverse>(tag, in + k * groups, group); };
+        butterfly<8>::apply(value, [&](std::ptrdiff_t j, auto output) INLINE_HWY_ATTR {
+            if (j > 0) {
+                const float* const factors = rotations + group + 2 * groups * (j - 1);
+                output = rotated(output, hn::LoadU(tag, factors), hn::LoadU(tag, factors + groups));
+            }
+            re[j] = output.re;
+            im[j] = output.im;
+        });
+        store_groups(re, tag, to.re, group);
+        store_groups(im, tag, to.im, group);
     }
 }
 
 template <int Radix, bool Rotates, class Tag>
-HWY_INLINE void butterflies_of_group(Tag tag, const fft_pass& pass, int group, parts from, parts to) {
-    const float* const factors = pass.rotations + 2 * (Radix - 1) * group;
-    for (int q = 0; q < pass.run; q += static_cast<int>(hn::Lanes(tag))) {
-        complex_vector<Tag> x[Radix];
-        for (int k = 0; k < Radix; ++k)
-            x[k] = load(tag, from, q + pass.run * (group + k * pass.groups));
-        butterfly<Radix>::apply(x);
-        if (Rotates)
-            for (int j = 1; j < Radix; ++j)
-                x[j] = rotated(x[j], hn::Set(tag, factors[2 * j - 2]), hn::Set(tag, factors[2 * j - 1]));
-        for (int j = 0; j < Radix; ++j)
-            store(x[j], tag, to, q + pass.run * (Radix * group + j));
+HWY_INLINE void butterflies_of_group(Tag tag, std::ptrdiff_t run, std::ptrdiff_t groups, const float* factors,
+                                     parts from, parts to) {
+    for (std::ptrdiff_t q = 0; q < run; q += static_cast<std::ptrdiff_t>(hn::Lanes(tag))) {
+        const auto value = [=](std::ptrdiff_t k)
+                               INLINE_HWY_ATTR { return load(tag, from + (q + run * groups * k)); };
+        butterfly<Radix>::apply(value, [=](std::ptrdiff_t j, auto output) INLINE_HWY_ATTR {
+            if (Rotates && j > 0)
+                output = rotated(output, hn::Set(tag, factors[2 * j - 2]), hn::Set(tag, factors[2 * j - 1]));
+            store(output, tag, to + (q + run * j));
+        });
     }
 }
 
 template <int Radix, class Tag>
-HWY_INLINE void middle_pass(Tag tag, const fft_pass& pass, parts from, parts to) {
-    butterflies_of_group<Radix, false>(tag, pass, 0, from, to);
-    for (int group = 1; group < pass.groups; ++group)
-        butterflies_of_group<Radix, true>(tag, pass, group, from, to);
+void middle_pass(Tag tag, const fft_pass& pass, parts from, parts to) {
+    const std::ptrdiff_t run = pass.run;
+    const std::ptrdiff_t groups = pass.groups;
+    const float* factors = pass.rotations;
+    butterflies_of_group<Radix, false>(tag, run, groups, factors, from, to);
+    for (std::ptrdiff_t group = 1; group < groups; ++group) {
+        factors += 2 * (Radix - 1);
+        butterflies_of_group<Radix, true>(tag, run, groups, factors, from + run * group,
+                                          to + Radix * run * group);
+    }
+}
+
+/// Stores values from q on, whose lanes come in the order of store_groups.
+template <class Tag>
+HWY_INLINE void store_in_order(complex_vector<Tag> x, Tag tag, complex32f* out, std::ptrdiff_t q) {
+    auto* const to = reinterpret_cast<float*>(out + (q & ~7) + (q & 4) / 2);
+    hn::StoreU(hn::InterleaveLower(tag, x.re, x.im), tag, to);
+    hn::StoreU(hn::InterleaveUpper(tag, x.re, x.im), tag, to + 8);
 }
 
 /// The pass with one group.
 template <bool Inverse, int Radix, class Tag>
-HWY_INLINE void last_pass(Tag tag, const fft_pass& pass, parts from, complex32f* out, float scale) {
-    for (int q = 0; q < pass.run; q += static_cast<int>(hn::Lanes(tag))) {
-        complex_vector<Tag> x[Radix];
-        for (int k = 0; k < Radix; ++k)
-            x[k] = load(tag, from, q + pass.run * k);
-        butterfly<Radix>::apply(x);
-        for (int j = 0; j < Radix; ++j) {
-            auto* const to = reinterpret_cast<float*>(out + q + pass.run * j);
+void last_pass(Tag tag, const fft_pass& pass, parts from, complex32f* out, float scale) {
+    const std::ptrdiff_t run = pass.run;
+    for (std::ptrdiff_t q = 0; q < run; q += static_cast<std::ptrdiff_t>(hn::Lanes(tag))) {
+        const auto value = [=](std::ptrdiff_t k) INLINE_HWY_ATTR { return load(tag, from + (q + run * k)); };
+        butterfly<Radix>::apply(value, [=](std::ptrdiff_t j, auto output) INLINE_HWY_ATTR {
             if (Inverse)
-                hn::StoreInterleaved2(times(x[j].im, scale), times(x[j].re, scale), tag, to);
-            else
-                hn::StoreInterleaved2(x[j].re, x[j].im, tag, to);
-        }
+                output = {times(output.im, scale), times(output.re, scale)};
+            store_in_order(output, tag, out + run * j, q);
+        });
     }
 }
 
-/// Calls operation(tag, radix) with the widest tag that a run can fill, and the radix as a constant.
+/// Calls operation(radix) with the radix as a constant.
 template <class Operation>
-HWY_INLINE void with_shape_of(const fft_pass& pass, Operation operation) {
-    const auto with_radix = [&](auto tag) HWY_ATTR {
-        switch (pass.radix) {
-        case 3:
-            return operation(tag, std::integral_constant<int, 3>());
-        case 4:
-            return operation(tag, std::integral_constant<int, 4>());
-        case 5:
-            return operation(tag, std::integral_constant<int, 5>());
-        default:
-            return operation(tag, std::integral_constant<int, 8>());
-        }
-    };
-    if (pass.run % static_cast<int>(hn::Lanes(wide_tag())) == 0)
-        with_radix(wide_tag());
-    else
-        with_radix(narrow_tag());
+HWY_INLINE void with_radix_of(const fft_pass& pass, Operation operation) {
+    switch (pass.radix) {
+    case 3:
+        return operation(std::integral_constant<int, 3>());
+    case 4:
+        return operation(std::integral_constant<int, 4>());
+    case 5:
+        return operation(std::integral_constant<int, 5>());
+    default:
+        return operation(std::integral_constant<int, 8>());
+    }
 }
 
-// An inverse transform is a forward one with real and imaginary parts exchanged before and after.
+void any_middle_pass(const fft_pass& pass, parts from, parts to) {
+    with_radix_of(pass, [&](auto radix) HWY_ATTR {
+        if (pass.run % static_cast<int>(hn::Lanes(wide_tag())) == 0)
+            middle_pass<decltype(radix)::value>(wide_tag(), pass, from, to);
+        else
+            middle_pass<decltype(radix)::value>(narrow_tag(), pass, from, to);
+    });
+}
+
+template <bool Inverse>
+void any_last_pass(const fft_pass& pass, parts from, complex32f* out, float scale) {
+    with_radix_of(pass, [&](auto radix) HWY_ATTR {
+        last_pass<Inverse, decltype(radix)::value>(narrow_tag(), pass, from, out, scale);
+    });
+}
+
+// An inverse transform is a forward one with real and imaginary parts exchanged before and after. All but the first
+// pass go to and fro between `out` and one half of the work space, to stay within the fastest cache.
 template <bool Inverse>
 void transform(const fft_plan& plan, const complex32f* in, complex32f* out, float* work) {
     const int size = plan.size();
     const auto& passes = plan.passes();
-    parts from = {work, work + size};
-    parts to = {work + 2 * size, work + 3 * size};
+    const parts halves[2] = {{work, work + size},
+                             {reinterpret_cast<float*>(out), reinterpret_cast<float*>(out) + size}};
+    const parts spare = {work + 2 * size, work + 3 * size};
+    const std::size_t last = passes.size() - 1;
+    parts from = halves[(last + 1) % 2];
+    if (last % 2 == 0 && in == out)
+        from = spare;
     first_pass<Inverse>(passes.front(), in, from);
-    for (std::size_t i = 1; i + 1 < passes.size(); ++i) {
-        with_shape_of(passes[i], [&](auto tag, auto radix) HWY_ATTR {
-            middle_pass<decltype(radix)::value>(tag, passes[i], from, to);
-        });
-        std::swap(from, to);
+    for (std::size_t i = 1; i < last; ++i) {
+        const parts to = halves[(last - i + 1) % 2];
+        any_middle_pass(passes[i], from, to);
+        from = to;
     }
-    with_shape_of(passes.back(), [&](auto tag, auto radix) HWY_ATTR {
-        last_pass<Inverse, decltype(radix)::value>(tag, passes.back(), from, out,
-                                                   1.0F / static_cast<float>(size));
-    });
+    any_last_pass<Inverse>(passes.back(), from, out, 1.0F / static_cast<float>(size));
 }
 
 bool fits_vectors(const fft_plan& plan) {
@@ -211,28 +247,46 @@ void transform_either_way(const fft_plan& plan, const complex32f* in, complex32f
         transform<false>(plan, in, out, work);
 }
 
+/// Complex values side by side in reverse order.
+template <class Tag>
+HWY_INLINE hn::Vec<Tag> reversed(Tag tag, hn::Vec<Tag> x) {
+    const hn::Repartition<std::uint64_t, Tag> pairs;
+    return hn::BitCast(tag, hn::Reverse(pairs, hn::BitCast(pairs, x)));
+}
+
+/// Complex values side by side times others.
+template <class Tag>
+HWY_INLINE hn::Vec<Tag> product(Tag /*tag*/, hn::Vec<Tag> x, hn::Vec<Tag> y) {
+    const auto straight = hn::Mul(x, hn::DupEven(y));
+    const auto crossed = hn::Mul(hn::Shuffle2301(x), hn::DupOdd(y));
+    return hn::OddEven(hn::Add(straight, crossed), hn::Sub(straight, crossed));
+}
+
 void expand_real(const complex32f* packed, const complex32f* factors, complex32f* out, int half) {
     const wide_tag tag;
-    const int lanes = static_cast<int>(hn::Lanes(tag));
-    if (half / 2 % lanes != 0)
+    const auto values = static_cast<int>(hn::Lanes(tag) / 2);
+    if (half / 2 % values != 0)
         return scalar_fft_kernels.expand_real(packed, factors, out, half);
+    const auto at = [](auto* x, int k)
+                        HWY_ATTR { return hn::LoadU(wide_tag(), reinterpret_cast<const float*>(x + k)); };
+    const auto put = [=](int k, auto x)
+                         HWY_ATTR { hn::StoreU(x, wide_tag(), reinterpret_cast<float*>(out + k)); };
+    const auto sign_of_imaginary_part = hn::OddEven(hn::Set(tag, -0.0F), hn::Zero(tag));
+    const auto conjugate = [=](auto x) HWY_ATTR { return hn::Xor(x, sign_of_imaginary_part); };
     out[0] = {packed[0].re + packed[0].im, 0.0F};
     out[half] = {packed[0].re - packed[0].im, 0.0F};
-    for (int k = 1; k <= half / 2; k += lanes) {
-        const int mirrored = half - k - lanes + 1;
-        const auto value = load<false>(tag, packed + k);
-        const auto mirror = load<false>(tag, packed + mirrored);
-        const auto factor = load<false>(tag, factors + k - 1);
-        const auto pair = untangled(value, {hn::Reverse(tag, mirror.re), hn::Reverse(tag, mirror.im)},
-                                    factor.re, factor.im);
-        const auto& other = pair.conjugate_of_mirror;
-        const auto store_at = [&](int at, auto re, auto im) HWY_ATTR {
-            hn::StoreInterleaved2(re, im, tag, reinterpret_cast<float*>(out + at));
-        };
-        store_at(k, pair.value.re, pair.value.im);
-        store_at(half + k, other.re, other.im);
-        store_at(mirrored, hn::Reverse(tag, other.re), hn::Neg(hn::Reverse(tag, other.im)));
-        store_at(half + mirrored, hn::Reverse(tag, pair.value.re), hn::Neg(hn::Reverse(tag, pair.value.im)));
+    for (int k = 1; k <= half / 2; k += values) {
+        const int mirrored = half - k - values + 1;
+        const auto value = at(packed, k);
+        const auto mirror = conjugate(reversed(tag, at(packed, mirrored)));
+        const auto even = times(hn::Add(value, mirror), 0.5F);
+        const auto odd = product(tag, hn::Sub(value, mirror), at(factors, k - 1));
+        const auto sum = hn::Add(even, odd);
+        const auto difference = hn::Sub(even, odd);
+        put(k, sum);
+        put(half + k, difference);
+        put(mirrored, conjugate(reversed(tag, difference)));
+        put(half + mirrored, conjugate(reversed(tag, sum)));
     }
 }
 

@@ -1,21 +1,24 @@
 #include "dsp/fft_plan.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
 namespace {
 
-/// Large radices first: they save walks over the data, and the first pass of the vector kernels has radix 8. A
-/// power of two ends in 4 or 4 4 rather than in 2, whose pass moves as much and does less.
+/// In ascending order but for the first, which is the largest too: the vector kernels begin with a pass of radix 8,
+/// and the last pass rotates nothing, which pays most where it is large. A power of two takes 4 or 4 4 rather
+/// than 2, whose pass moves as much and does less.
 std::vector<int> radices_of(int size) {
     std::vector<int> radices;
-    for (int twos = size & -size; twos > 1; twos /= radices.back()) {
-        radices.push_back(twos == 2 ? 2 : twos == 4 || twos == 16 ? 4 : 8);
-        size /= radices.back();
-    }
-    for (const int odd : {5, 3})
+    for (const int odd : {3, 5})
         for (; size % odd == 0; size /= odd)
             radices.push_back(odd);
+    for (; size > 1; size /= radices.back())
+        radices.push_back(size == 2 ? 2 : size == 8 || size % 64 == 0 || size == 32 ? 8 : 4);
+    std::sort(radices.begin(), radices.end());
+    if (!radices.empty())
+        std::rotate(radices.begin(), radices.end() - 1, radices.end());
     return radices;
 }
 
@@ -38,9 +41,11 @@ void fill_rotations(const fft_pass& pass, const std::vector<complex32f>& roots, 
     const int outputs = pass.radix - 1;
     for (int group = 0; group < pass.groups; ++group)
         for (int output = 0; output < outputs; ++output) {
-            const complex32f root = roots[static_cast<std::size_t>((output + 1) * group * pass.run)];
+            const int turn = (output + 1) * group * pass.run;
+            const complex32f root = roots[static_cast<std::size_t>(turn)];
             const bool first = pass.run == 1;
-            const int at = first ? 2 * output * pass.groups + group : 2 * (outputs * group + output);
+            const int at = first ? 2 * output * pass.groups + place_of_group(pass, group)
+                                 : 2 * (outputs * group + output);
             rotations[at] = root.re;
             rotations[at + (first ? pass.groups : 1)] = root.im;
         }
@@ -65,6 +70,10 @@ fft_plan::fft_plan(int size) : size_(size), passes_(passes_of(size)) {
         pass.rotations = next;
         next += rotation_count(pass);
     }
+}
+
+int place_of_group(const fft_pass& pass, int group) {
+    return pass.groups % 8 == 0 ? (group & ~7) + 2 * (group & 3) + (group & 4) / 4 : group;
 }
 
 // An eighth of the circle by sine and cosine, the rest by mirroring and turning: quick, and symmetric to the bit.

@@ -23,6 +23,8 @@ const math_kernels& math_kernels_of(std::int64_t target);
 const conversion_kernels& conversion_kernels_of(std::int64_t target);
 const fft_kernels& fft_kernels_of(std::int64_t target);
 const layer_kernels& layer_kernels_of(std::int64_t target);
+const resampler_kernels& resampler_kernels_of(std::int64_t target);
+const bin_kernels& bin_kernels_of(std::int64_t target);
 
 /// The entry of a table that HWY_EXPORT made, without touching Highway's own process-wide choice, which the
 /// host may be using too.

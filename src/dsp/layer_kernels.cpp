@@ -2,6 +2,8 @@
 #include <cstdint>
 
 #include "dsp/kernel_tables.h"
+#include "dsp/layer_kernels.h"
+#include "dsp/reduction_order.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dsp/layer_kernels.cpp"
@@ -98,10 +100,32 @@ void add_rows(const Weight* const* rows, std::size_t count, const weighted_rows&
         add_all<1>(rows, count, sums);
 }
 
+float inner_product(const float* a, const float* b, std::size_t n) {
+    const hn::CappedTag<float, reduction_lanes> tag;
+    constexpr std::size_t vectors = reduction_lanes / hn::MaxLanes(tag);
+    const std::size_t lanes_of_vector = hn::Lanes(tag);
+    hn::Vec<decltype(tag)> sums[vectors];
+    for (auto& sum : sums)
+        sum = hn::Zero(tag);
+    const std::size_t whole_end = n / reduction_lanes * reduction_lanes;
+    for (std::size_t i = 0; i < whole_end; i += reduction_lanes)
+        for (std::size_t v = 0; v < vectors; ++v) {
+            const std::size_t at = i + v * lanes_of_vector;
+            sums[v] = hn::Add(hn::Mul(hn::LoadU(tag, a + at), hn::LoadU(tag, b + at)), sums[v]);
+        }
+    HWY_ALIGN float lanes[reduction_lanes];
+    for (std::size_t v = 0; v < vectors; ++v)
+        hn::Store(sums[v], tag, lanes + v * lanes_of_vector);
+    float tail[reduction_lanes];
+    for (std::size_t i = whole_end; i < n; ++i)
+        tail[i - whole_end] = a[i] * b[i];
+    return combine_lanes(lanes, tail, n - whole_end, added);
+}
+
 } // namespace
 
 const layer_kernels& layer_table() {
-    static constexpr layer_kernels table = {add_rows<float>, add_rows<std::int8_t>};
+    static constexpr layer_kernels table = {add_rows<float>, add_rows<std::int8_t>, inner_product};
     return table;
 }
 

@@ -30,3 +30,13 @@ float combine_lanes(float* lanes, const float* tail, std::size_t tail_count, Com
             lanes[lane] = combine(lanes[lane + half], lanes[lane]);
     return lanes[0];
 }
+
+// Sums of products in double precision: product i goes to lane i modulo 8, and the lanes are folded in halves.
+
+constexpr std::size_t product_lanes = 8;
+
+inline double fold_products(const double* lanes) {
+    const double even = (lanes[0] + lanes[4]) + (lanes[2] + lanes[6]);
+    const double odd = (lanes[1] + lanes[5]) + (lanes[3] + lanes[7]);
+    return even + odd;
+}

@@ -18,6 +18,10 @@ struct parts {
     float* im;
 };
 
+parts parts_at(float* storage, int size) {
+    return {storage, storage + size};
+}
+
 struct factor_layout {
     const float* re;
     const float* im;
@@ -26,8 +30,10 @@ struct factor_layout {
 
 /// Where output 1 of a group finds its factor; the next output's is `step` further.
 factor_layout factors_of(const fft_pass& pass, int group) {
-    if (pass.run == 1)
-        return {pass.rotations + group, pass.rotations + pass.groups + group, 2 * pass.groups};
+    if (pass.run == 1) {
+        const float* const first = pass.rotations + place_of_group(pass, group);
+        return {first, first + pass.groups, 2 * pass.groups};
+    }
     const float* const first = pass.rotations + 2 * (pass.radix - 1) * group;
     return {first, first + 1, 2};
 }
@@ -37,19 +43,18 @@ void butterflies_of_group(const fft_pass& pass, int group, parts from, parts to)
     const factor_layout factors = factors_of(pass, group);
     const bool rotates = pass.run == 1 || group != 0;
     for (int q = 0; q < pass.run; ++q) {
-        complex_float x[Radix];
-        for (int k = 0; k < Radix; ++k) {
+        const auto value = [&](int k) {
             const int at = q + pass.run * (group + k * pass.groups);
-            x[k] = {from.re[at], from.im[at]};
-        }
-        butterfly<Radix>::apply(x);
-        for (int j = 0; j < Radix; ++j) {
-            if (rotates && j > 0)
-                x[j] = rotated(x[j], factors.re[factors.step * (j - 1)], factors.im[factors.step * (j - 1)]);
+            return complex_float{from.re[at], from.im[at]};
+        };
+        butterfly<Radix>::apply(value, [&](int j, complex_float output) {
             const int at = q + pass.run * (Radix * group + j);
-            to.re[at] = x[j].re;
-            to.im[at] = x[j].im;
-        }
+            const int factor = factors.step * (j - 1);
+            if (rotates && j > 0)
+                output = rotated(output, factors.re[factor], factors.im[factor]);
+            to.re[at] = output.re;
+            to.im[at] = output.im;
+        });
     }
 }
 
@@ -77,8 +82,8 @@ void run_pass(const fft_pass& pass, parts from, parts to) {
 // An inverse transform is a forward one with real and imaginary parts exchanged before and after.
 void transform(const fft_plan& plan, const complex32f* in, complex32f* out, float* work, bool inverse) {
     const int size = plan.size();
-    parts from = {work, work + size};
-    parts to = {work + 2 * size, work + 3 * size};
+    parts from = parts_at(work, size);
+    parts to = parts_at(work + 2 * size, size);
     for (int i = 0; i < size; ++i) {
         from.re[i] = inverse ? in[i].im : in[i].re;
         from.im[i] = inverse ? in[i].re : in[i].im;
@@ -97,13 +102,17 @@ void expand_real(const complex32f* packed, const complex32f* factors, complex32f
     out[0] = {packed[0].re + packed[0].im, 0.0F};
     out[half] = {packed[0].re - packed[0].im, 0.0F};
     for (int k = 1; k <= half / 2; ++k) {
-        const complex_float value = {packed[k].re, packed[k].im};
-        const complex_float mirror = {packed[half - k].re, packed[half - k].im};
-        const auto pair = untangled(value, mirror, factors[k - 1].re, factors[k - 1].im);
-        out[k] = {pair.value.re, pair.value.im};
-        out[half + k] = {pair.conjugate_of_mirror.re, pair.conjugate_of_mirror.im};
-        out[half - k] = {pair.conjugate_of_mirror.re, -pair.conjugate_of_mirror.im};
-        out[2 * half - k] = {pair.value.re, -pair.value.im};
+        const complex32f value = packed[k];
+        const complex32f mirror = packed[half - k];
+        const complex_float even = scaled(complex_float{value.re + mirror.re, value.im - mirror.im}, 0.5F);
+        const complex_float odd = rotated(complex_float{value.re - mirror.re, value.im + mirror.im},
+                                          factors[k - 1].re, factors[k - 1].im);
+        const complex_float sum = even + odd;
+        const complex_float difference = even - odd;
+        out[k] = {sum.re, sum.im};
+        out[half + k] = {difference.re, difference.im};
+        out[half - k] = {difference.re, -difference.im};
+        out[2 * half - k] = {sum.re, -sum.im};
     }
 }
 

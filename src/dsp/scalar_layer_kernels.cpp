@@ -1,7 +1,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "dsp/vector_kernels.h"
+#include "dsp/layer_kernels.h"
+#include "dsp/reduction_order.h"
 
 namespace {
 
@@ -17,6 +18,18 @@ void add_rows(const Weight* const* rows, std::size_t count, const weighted_rows&
     }
 }
 
+float inner_product(const float* a, const float* b, std::size_t n) {
+    float lanes[reduction_lanes] = {};
+    const std::size_t whole_end = n / reduction_lanes * reduction_lanes;
+    for (std::size_t i = 0; i < whole_end; i += reduction_lanes)
+        for (std::size_t lane = 0; lane < reduction_lanes; ++lane)
+            lanes[lane] = added(a[i + lane] * b[i + lane], lanes[lane]);
+    float tail[reduction_lanes];
+    for (std::size_t i = whole_end; i < n; ++i)
+        tail[i - whole_end] = a[i] * b[i];
+    return combine_lanes(lanes, tail, n - whole_end, added);
+}
+
 } // namespace
 
-const layer_kernels scalar_layer_kernels = {add_rows<float>, add_rows<std::int8_t>};
+const layer_kernels scalar_layer_kernels = {add_rows<float>, add_rows<std::int8_t>, inner_product};

@@ -65,25 +65,10 @@ struct conversion_kernels {
     void (*double_to_float)(const double* a, float* d, std::size_t n);
 };
 
-struct fft_kernels; // in fft_kernels.h
-
-/// Frames whose products can be added in one go.
-constexpr std::size_t max_walked_frames = 4;
-
-/// What some rows of weights are added to: for each frame `width` sums, from out + frame * out_stride on.
-struct weighted_rows {
-    const float* inputs; ///< for each row, the factor of each frame
-    std::size_t frames;  ///< 1, 2 or 4
-    float* out;
-    std::ptrdiff_t out_stride;
-    std::size_t width;
-};
-
-struct layer_kernels {
-    /// Adds `count` weighted rows to the sums, row after row.
-    void (*add_float_rows)(const float* const* rows, std::size_t count, const weighted_rows& sums);
-    void (*add_byte_rows)(const std::int8_t* const* rows, std::size_t count, const weighted_rows& sums);
-};
+struct bin_kernels;       // in bin_kernels.h
+struct fft_kernels;       // in fft_kernels.h
+struct layer_kernels;     // in layer_kernels.h
+struct resampler_kernels; // in resampler_kernels.h
 
 /// One instruction set's kernels, family by family.
 struct vector_kernels {
@@ -93,6 +78,8 @@ struct vector_kernels {
     const conversion_kernels* conversion;
     const fft_kernels* fft;
     const layer_kernels* layers;
+    const resampler_kernels* resampler;
+    const bin_kernels* bins;
 };
 
 /// The reference, plain loops, whose bits every other table repeats.
@@ -100,7 +87,6 @@ extern const arithmetic_kernels scalar_arithmetic_kernels;
 extern const complex_kernels scalar_complex_kernels;
 extern const math_kernels scalar_math_kernels;
 extern const conversion_kernels scalar_conversion_kernels;
-extern const layer_kernels scalar_layer_kernels;
 
 /// The kernels in use: scalar ones until qnl_start_vector_layer. Hidden, so that a call reaches them without a
 /// way round through the table of global symbols.

@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "dsp/bin_kernels.h"
 #include "dsp/fft_kernels.h"
+#include "dsp/layer_kernels.h"
+#include "dsp/resampler_kernels.h"
 #include "dsp/vector_kernels.h"
 
 #ifndef QUENLIS_SCALAR_ONLY
@@ -15,6 +18,7 @@ namespace {
 constexpr vector_kernels scalar_kernels = {
     &scalar_arithmetic_kernels, &scalar_complex_kernels, &scalar_math_kernels,
     &scalar_conversion_kernels, &scalar_fft_kernels,     &scalar_layer_kernels,
+    &scalar_resampler_kernels,  &scalar_bin_kernels,
 };
 
 struct vector_target {
@@ -33,7 +37,8 @@ std::vector<vector_target> offered_targets() {
             targets.push_back({hwy::TargetName(target),
                                {&quenlis::arithmetic_kernels_of(target), &quenlis::complex_kernels_of(target),
                                 &quenlis::math_kernels_of(target), &quenlis::conversion_kernels_of(target),
-                                &quenlis::fft_kernels_of(target), &quenlis::layer_kernels_of(target)}});
+                                &quenlis::fft_kernels_of(target), &quenlis::layer_kernels_of(target),
+                                &quenlis::resampler_kernels_of(target), &quenlis::bin_kernels_of(target)}});
     }
 #endif
     return targets;

@@ -33,8 +33,8 @@ float smoothing_of(int sample_rate, int block_size) {
 
 } // namespace
 
-quenlis_auto_eq_band::quenlis_auto_eq_band(int sample_rate, int center_freq, int upper_freq, int lower_freq)
-    : center_freq(center_freq), upper_freq(upper_freq), lower_freq(lower_freq) {
+quenlis_auto_eq_band::quenlis_auto_eq_band(int sample_rate, int center_hz, int upper_hz, int lower_hz)
+    : center_freq(center_hz), upper_freq(upper_hz), lower_freq(lower_hz) {
     // A whole number on purpose: 23 Hz at 48 kHz, 2% below the true width.
     const int bin_width = sample_rate / transform_size;
     lower_bin = lower_freq / bin_width;

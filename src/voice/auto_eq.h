@@ -10,7 +10,7 @@
 
 /// A third-octave band that reaches to the centres beside it, in Hz and in bins.
 struct quenlis_auto_eq_band {
-    quenlis_auto_eq_band(int sample_rate, int center_freq, int upper_freq, int lower_freq);
+    quenlis_auto_eq_band(int sample_rate, int center_hz, int upper_hz, int lower_hz);
 
     int32_t center_freq;
     int32_t upper_freq;

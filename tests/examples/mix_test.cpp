@@ -126,6 +126,21 @@ TEST_F(conference_runner, a_stereo_talker_keeps_both_sides_beside_a_mono_talker_
     }
 }
 
+TEST_F(conference_runner, recordings_and_mixes_may_have_rates_of_their_own) {
+    for (const int rate : {8000, 44100, 48000})
+        record(std::to_string(rate) + ".wav", {std::vector<float>(static_cast<std::size_t>(rate), 0.25F)},
+               rate);
+    for (const int rate : {16000, 48000}) {
+        const outcome result = hold("--channels 1 --listeners 1 --rate " + std::to_string(rate) +
+                                    " 8000.wav 44100.wav 48000.wav");
+        ASSERT_EQ(result.exit_code, 0) << result.err;
+        const auto heard = mix("4-listener1").at(0);
+        ASSERT_EQ(heard.size(), static_cast<std::size_t>(rate)) << "a second";
+        const float out_of_the_engine = rate == 48000 ? 1.0F : 0.98F;
+        EXPECT_NEAR(heard[heard.size() / 2], 0.25F * (0.98F + 0.98F + 1.0F) * out_of_the_engine, 1e-4F);
+    }
+}
+
 TEST_F(conference_runner, the_report_lists_seats_levels_and_blocks_without_audio) {
     record("tone.wav", {std::vector<float>(2 * block, 0.5F)});
     record("short.wav", {std::vector<float>(block, 0.1F)});

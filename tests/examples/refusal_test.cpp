@@ -18,7 +18,7 @@ const refusal refusals[] = {
     {"", "recordings"},
     {"--speed 2 alice.wav", "--speed"},
     {"--listeners many alice.wav", "--listeners"},
-    {"--rate 44100 alice.wav", "only 48000 Hz"},
+    {"--rate 44100 alice.wav", "QNL_ERROR_SAMPLE_RATE"},
     {"--frames 500 alice.wav", "QNL_ERROR_DATA_LENGTH"},
     {"--channels 3 alice.wav", "QNL_ERROR_NUM_CHANNELS"},
     {"--sample-type int alice.wav", "--sample-type"},
@@ -49,14 +49,16 @@ const refusal refusals[] = {
     {"alice.wav text.wav", "text.wav"},
     {"empty.wav", "holds no audio"},
     {"three.wav", "only 1 or 2"},
-    {"narrow.wav", "narrow.wav: a rate of 16000 Hz is not supported, only 48000 Hz"},
+    {"odd.wav", "odd.wav: a rate of 11025 Hz is not supported, only multiples of 100 Hz up to 48000 Hz"},
+    {"--rate 24000 --frames 256 alice.wav wide.wav", "only multiples of 375 Hz up to 48000 Hz"},
     {"-o alice.wav bob.wav", "alice.wav"}};
 
 TEST_F(conference_runner, refusals_give_one_clear_line_and_a_failing_exit) {
     std::filesystem::create_directory(folder / "other");
     for (const char* const name : {"alice.wav", "bob.wav", "other/alice.wav"})
         record(name, noise(1, 1, 500));
-    record("narrow.wav", noise(4, 1, 500), 16000);
+    record("odd.wav", noise(4, 1, 500), 11025);
+    record("wide.wav", noise(4, 1, 500), 96000);
     record("three.wav", noise(5, 3, 500));
     record("empty.wav", audio(1));
     write_text("text.wav", "no audio in here\n");

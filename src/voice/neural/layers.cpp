@@ -1,6 +1,6 @@
 #include "voice/neural/layers.h"
 
-#include "dsp/row_walk.h"
+#include "dsp/products.h"
 
 #include <cmath>
 

@@ -2,10 +2,15 @@
 
 #include <cstdint>
 
-// Products of vectors with row-major matrices, for network layers. A row holds the weights of one input towards all
-// outputs; the rows are walked in order and added up, each product and each sum rounded to float.
+// Products of vectors with vectors and with row-major matrices, for network layers and correlations.
 
-/// out[j] += in[0] w[0][j], then in[1] w[1][j] and so on, for each output j and each of `frames` independent inputs.
+/// Sum over i below `n` of a[i] * b[i], each product and each sum rounded to float, in one fixed order that is not the
+/// plain one. 0 for an `n` of zero or less.
+float qnl_inner_product(const float* a, const float* b, int n);
+
+/// The product of a vector with a matrix: a row holds the weights of one input towards all outputs; the rows are walked
+/// in order and added up, each product and each sum rounded to float.
+////// out[j] += in[0] w[0][j], then in[1] w[1][j] and so on, for each output j and each of `frames` independent inputs.
 /// A row whose input equals 0 is left out, so that it costs nothing and its weights need not be finite; a NaN is not
 /// equal to 0. All frames together read the weights once. The result does not depend on how many there are.
 ///

@@ -1,8 +1,9 @@
-#include "dsp/row_walk.h"
+#include "dsp/products.h"
 
 #include <algorithm>
 #include <cstddef>
 
+#include "dsp/layer_kernels.h"
 #include "dsp/vector_kernels.h"
 
 namespace {
@@ -93,6 +94,10 @@ void walk_all_rows(const row_walk& walk, const Weight* weights) {
 }
 
 } // namespace
+
+float qnl_inner_product(const float* a, const float* b, int n) {
+    return n > 0 ? active_kernels.layers->inner_product(a, b, static_cast<std::size_t>(n)) : 0.0F;
+}
 
 void qnl_walk_rows(const row_walk& walk, const float* weights) {
     walk_all_rows(walk, weights);

@@ -1,0 +1,139 @@
+#include "dsp/resampler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <numeric>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "kit/allocation_counter.h"
+#include "kit/compare.h"
+#include "kit/signals.h"
+#include "vector_checks.h"
+
+namespace {
+
+using samples = std::vector<float>;
+
+struct block_ratio {
+    int input_rate;
+    int output_rate;
+    std::size_t in; ///< samples of an input block
+    std::size_t out;
+    std::size_t made; ///< of an output block
+
+    double step() const { return static_cast<double>(input_rate) / output_rate; }
+    quenlis_resampler resampler(int channels) const {
+        return {input_rate, output_rate, channels, static_cast<int>(out)};
+    }
+};
+
+// The last two have no exact ratio of blocks: one makes a sample less than its block has room for.
+const std::vector<block_ratio> ratios = {
+    {8000, 48000, 80, 480, 480},    {16000, 48000, 160, 480, 480},  {24000, 48000, 256, 512, 512},
+    {32000, 48000, 320, 480, 480},  {48000, 8000, 480, 80, 80},     {48000, 16000, 960, 320, 320},
+    {48000, 24000, 1024, 512, 512}, {48000, 32000, 480, 320, 320},  {44100, 48000, 441, 480, 480},
+    {48000, 44100, 480, 441, 441},  {22050, 48000, 441, 960, 960},  {11025, 48000, 147, 640, 640},
+    {100, 48000, 1, 480, 480},      {48000, 32000, 1024, 683, 683}, {32000, 48000, 682, 1024, 1023},
+};
+
+/// The filter by its formula, in double precision: 128 input samples late, and 0.98 times the input.
+class definition {
+public:
+    explicit definition(const block_ratio& ratio) : cut_off_(std::min(1.0, 1.0 / ratio.step())) {
+        const int phases = ratio.output_rate / std::gcd(ratio.input_rate, ratio.output_rate);
+        double sum = prototype(0.0);
+        for (int i = 1; i <= 128 * phases; ++i)
+            sum += 2.0 * prototype(static_cast<double>(i) / phases);
+        gain_ = 0.98 * phases / sum;
+    }
+
+    /// The output at `position` samples from the start of the input.
+    double output_at(const samples& input, double position) const {
+        const double centre = position - 128.0;
+        double sum = 0.0;
+        for (auto i = static_cast<int>(std::ceil(centre - 128.0)); i <= centre + 128.0; ++i)
+            sum += i < 0 ? 0.0 : input[static_cast<std::size_t>(i)] * prototype(i - centre);
+        return gain_ * sum;
+    }
+
+private:
+    double prototype(double x) const {
+        const double share = x / 128.0;
+        const double window = std::cyl_bessel_i(0.0, 9.0 * std::sqrt(std::max(0.0, 1.0 - share * share)));
+        const double angle = M_PI * x * cut_off_;
+        return window * (x == 0.0 ? 0.95 : std::sin(0.95 * angle) / angle);
+    }
+
+    double cut_off_;
+    double gain_;
+};
+
+// Taps and output are rounded to floats, by 2^-25 at most. A tap in the wrong place or a wrong phase lifts the
+// error above -100 dB, a delay wrong by one sample above 0.
+constexpr double rounding_db = -140.0;
+
+TEST(Resampler, FollowsItsFormulaAtEveryRatio) {
+    for (const block_ratio& ratio : ratios) {
+        quenlis_resampler resampler = ratio.resampler(1);
+        const std::size_t blocks = 600 / ratio.in + 2; // more than the filter's span
+        samples input = test_kit::noise(blocks * ratio.in, 3);
+        input.resize(2 * input.size(), 1.0F); // and then a constant
+        samples output(ratio.out);
+        const definition filter(ratio);
+        for (std::size_t block = 0; block < 2 * blocks; ++block) {
+            resampler.process(input.data() + block * ratio.in, output.data());
+            if (block + 1 != blocks)
+                continue;
+            samples expected = output;
+            for (std::size_t i = 0; i < ratio.made; ++i)
+                expected[i] = static_cast<float>(filter.output_at(
+                    input, static_cast<double>(block * ratio.in) + static_cast<double>(i) * ratio.step()));
+            EXPECT_TRUE(test_kit::error_below(expected, output, rounding_db))
+                << ratio.input_rate << " to " << ratio.output_rate;
+        }
+        for (std::size_t i = 0; i < ratio.made; ++i) // phases differ by what the filter lets pass of images
+            ASSERT_NEAR(output[i], 0.98F, 6e-6F) << ratio.input_rate << " to " << ratio.output_rate;
+    }
+}
+
+TEST(Resampler, InPlaceChannelsStayApartAndInsideTheirBlocksWithTheSameBitsOnEveryTarget) {
+    for (const block_ratio& ratio : ratios) {
+        const auto size = static_cast<int>(2 * std::max(ratio.in, ratio.out));
+        const samples usual = test_kit::noise(static_cast<std::size_t>(size), 1);
+        const samples wild = vector_checks::test_values(size, 7);
+        quenlis_resampler first = ratio.resampler(1);
+        quenlis_resampler second = ratio.resampler(1);
+        std::vector<samples> expected;
+        for (const samples& block : {usual, wild, usual}) {
+            samples output(ratio.out);
+            expected.push_back(block); // what is not written stays
+            first.process(block.data(), output.data());
+            std::copy_n(output.data(), ratio.made, expected.back().data());
+            second.process(block.data() + ratio.in, output.data());
+            std::copy_n(output.data(), ratio.made, expected.back().data() + ratio.out);
+        }
+        vector_checks::on_every_target([&](const char* target) {
+            quenlis_resampler stereo = ratio.resampler(2);
+            std::size_t period = 0;
+            for (const samples& block : {usual, wild, usual}) {
+                vector_checks::guarded_block<float> audio(block.data(), size, 0);
+                const test_kit::allocation_counter heap;
+                stereo.process(audio.data(), audio.data());
+                EXPECT_EQ(heap.allocations(), 0U);
+                EXPECT_TRUE(audio.walls_stand());
+                EXPECT_EQ(vector_checks::first_difference(expected[period++].data(), audio.data(), size), -1)
+                    << target << " " << ratio.input_rate << " to " << ratio.output_rate;
+            }
+        });
+    }
+}
+
+TEST(Resampler, WithoutChannelsDoesNothing) {
+    for (const int channels : {0, -1})
+        quenlis_resampler(16000, 48000, channels, 480).process(nullptr, nullptr);
+}
+
+} // namespace
