@@ -11,12 +11,12 @@ mixes="$PWD/out/demo"
 tool="$PWD/build/release/examples/conference/quenlis_conference"
 shipped=/usr/share/sounds/alsa
 
-# speak <name> <voice> <words a minute> <text>: a recording at 48000 Hz, below out/demo/talkers/.
+# speak <name> <voice> <words a minute> <text>: a recording at the 22050 Hz of espeak-ng, below out/demo/talkers/.
 speak() {
     local spoken
     spoken="$(mktemp --suffix=.wav)"
     espeak-ng -v "$2" -s "$3" -w "$spoken" "$4"
-    sox "$spoken" -r 48000 "$mixes/talkers/$1.wav" gain -6
+    sox "$spoken" "$mixes/talkers/$1.wav" gain -6
     rm -f "$spoken"
 }
 
@@ -38,7 +38,7 @@ loudspeakers up four floors. While you talk I shall write down who does what, an
 hold_demo() {
     make_talkers
     say "Holding the conference: three talkers, nine recordings of alsa-utils, one listener; Noise.wav turned off"
-    "$tool" --output-dir "$mixes" --listeners 1 --layout-file examples/conference/layouts.json \
+    "$tool" --output-dir "$mixes" --frames 960 --listeners 1 --layout-file examples/conference/layouts.json \
         --set Noise:QNL_CONTROL_MUTE_ENABLE=true "$mixes"/talkers/{alice,bob,carol}.wav "$shipped"/*.wav
 }
 

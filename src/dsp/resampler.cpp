@@ -12,15 +12,14 @@ namespace {
 constexpr double norm = 0.98; // of every output
 constexpr int spare = 2;      // samples of the buffer behind the newest block, never read
 
-/// The longest input block that an output block stands for.
 int input_block(int output_samples, int input_rate, int output_rate) {
     return static_cast<int>(static_cast<float>(output_samples * input_rate) /
                             static_cast<float>(output_rate));
 }
 
-/// Parts of at most `part` samples.
-std::size_t parts_of(std::int64_t samples, std::int64_t part) {
-    return static_cast<std::size_t>((samples + part - 1) / part);
+/// Whole steps of `step` samples that it takes to pass all `samples`.
+std::size_t steps_past(std::int64_t samples, std::int64_t step) {
+    return static_cast<std::size_t>((samples + step - 1) / step);
 }
 
 } // namespace
@@ -36,8 +35,8 @@ quenlis_resampler_guts::quenlis_resampler_guts(int input_rate, int output_rate, 
       history_(resampler_bank::history),
       time_(history_),
       wide_(static_cast<std::size_t>(input_samples + 2 * history_)),
-      sums_(parts_of(input_samples, bank_.input_period()) * static_cast<std::size_t>(bank_.output_period())) {
-}
+      sums_(steps_past(input_samples, bank_.input_period()) *
+            static_cast<std::size_t>(bank_.output_period())) {}
 
 void quenlis_resampler_guts::copy_input(const float* in) {
     qnl_copy(in, buffer_.data() + 2 * history_, input_samples_);
@@ -58,7 +57,7 @@ void quenlis_resampler_guts::process(float* out) {
 void quenlis_resampler_guts::sum_run(const resampler_bank::run& run, const double* first) {
     active_kernels.resampler->inner_products(
         first + run.position + 1 - history_, static_cast<std::size_t>(bank_.input_period()),
-        parts_of(input_samples_ - run.position, bank_.input_period()), bank_.taps(run.first), run.rows,
+        steps_past(input_samples_ - run.position, bank_.input_period()), bank_.taps(run.first), run.rows,
         sums_.data() + run.first, static_cast<std::size_t>(bank_.output_period()));
 }
 
@@ -73,7 +72,7 @@ void quenlis_resampler_guts::add_outermost_products(const double* first) {
 void quenlis_resampler_guts::write_sums(float* out) const {
     const double scale = norm * std::min(1.0, static_cast<double>(output_rate_) / input_rate_);
     const std::size_t in_block =
-        parts_of(static_cast<std::int64_t>(input_samples_) * bank_.output_period(), bank_.input_period());
+        steps_past(static_cast<std::int64_t>(input_samples_) * bank_.output_period(), bank_.input_period());
     const std::size_t count = std::min(in_block, static_cast<std::size_t>(output_samples_));
     const double* const sums = sums_.data();
     for (std::size_t i = 0; i < count; ++i)

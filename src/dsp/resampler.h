@@ -23,7 +23,7 @@ public:
     void process(float* out);
 
 private:
-    /// Sums of one run of filters, and what phase zero has beyond them. @param first  position of output 0
+    /// @param first  where output 0 lies in the widened buffer
     void sum_run(const resampler_bank::run& run, const double* first);
     void add_outermost_products(const double* first);
     void write_sums(float* out) const;
@@ -43,8 +43,8 @@ private:
 /// Brings blocks from one sampling rate to another, each call exactly one block in and one block out. Every
 /// block starts at the same phase, so the ratio of the block lengths must be that of the rates.
 ///
-/// The output is 128 input frames late, whatever the ratio, 0.98 times the input at low frequencies, and
-/// falls off from 0.95 of the lower rate's Nyquist frequency on. Nothing is clipped: a step may overshoot.
+/// The output is 128 input frames late, whatever the ratio. It is 0.98 times the input at low frequencies and
+/// 6 dB less at 0.95 of the lower rate's Nyquist frequency. Nothing is clipped: a step may overshoot.
 /// Channels don't touch each other. One thread at a time.
 class quenlis_resampler {
 public:

@@ -34,7 +34,7 @@ std::vector<double> bessel_series() {
 void multiply_by_half_window(std::vector<double>& values) {
     constexpr std::size_t group = 8; // side by side, since one alone would wait for itself at every step
     const std::vector<double> series = bessel_series();
-    const double end = static_cast<double>(values.size() - 1);
+    const auto end = static_cast<double>(values.size() - 1);
     double at_centre = 0.0;
     for (std::size_t first = 0; first < values.size(); first += group) {
         double argument[group];
@@ -55,27 +55,27 @@ void multiply_by_half_window(std::vector<double>& values) {
 
 /// One half of a sinc, from its centre outwards: `phases` values for each input sample.
 /// @param cut_off  of the lower rate's Nyquist frequency over the input's
-std::vector<double> half_sinc(int phases, double cut_off) {
+std::vector<double> half_sinc(std::size_t phases, double cut_off) {
     const double angle = pi * roll_off * cut_off; // of one input sample
-    std::vector<double> sine;
-    std::vector<double> cosine;
-    for (int phase = 0; phase < phases; ++phase) {
-        sine.push_back(std::sin(angle * phase / phases));
-        cosine.push_back(std::cos(angle * phase / phases));
+    std::vector<double> sine(phases);
+    std::vector<double> cosine(phases);
+    for (std::size_t phase = 0; phase < phases; ++phase) {
+        const double fraction = static_cast<double>(phase) / static_cast<double>(phases);
+        sine[phase] = std::sin(angle * fraction);
+        cosine[phase] = std::cos(angle * fraction);
     }
     std::vector<double> values;
-    values.reserve(static_cast<std::size_t>((resampler_bank::history + 1) * phases));
+    values.reserve((resampler_bank::history + 1) * phases);
     for (int sample = 0; sample <= resampler_bank::history; ++sample) {
         const double sample_sine = std::sin(angle * sample);
         const double sample_cosine = std::cos(angle * sample);
-        for (int phase = 0; phase < phases; ++phase) {
-            const auto i = static_cast<std::size_t>(phase);
-            const double x = sample + static_cast<double>(phase) / phases;
-            values.push_back((sample_sine * cosine[i] + sample_cosine * sine[i]) / (pi * x * cut_off));
+        for (std::size_t phase = 0; phase < phases; ++phase) {
+            const double x = sample + static_cast<double>(phase) / static_cast<double>(phases);
+            const double sine_of_x = sample_sine * cosine[phase] + sample_cosine * sine[phase];
+            values.push_back(x > 0.0 ? sine_of_x / (pi * x * cut_off) : roll_off);
         }
     }
-    values[0] = roll_off;
-    values.resize(static_cast<std::size_t>(resampler_bank::history * phases + 1));
+    values.resize(resampler_bank::history * phases + 1);
     return values;
 }
 
@@ -90,17 +90,17 @@ void normalise(std::vector<double>& half, int sets) {
 
 resampler_bank::resampler_bank(int input_rate, int output_rate)
     : input_period_(input_rate / std::gcd(input_rate, output_rate)),
-      output_period_(output_rate / std::gcd(input_rate, output_rate)) {
+      output_period_(output_rate / std::gcd(input_rate, output_rate)),
+      rows_(static_cast<std::size_t>(output_period_)) {
     fill_rows();
     find_runs();
 }
 
 void resampler_bank::fill_rows() {
     const double cut_off = std::min(1.0, static_cast<double>(output_period_) / input_period_);
-    std::vector<double> half = half_sinc(output_period_, cut_off);
+    std::vector<double> half = half_sinc(rows_.size(), cut_off);
     multiply_by_half_window(half);
     normalise(half, std::max(input_period_, output_period_));
-    rows_.resize(static_cast<std::size_t>(output_period_));
     int phase = 0;
     for (row& filter : rows_) {
         for (int tap = 0; tap < static_cast<int>(resampler_taps); ++tap) {

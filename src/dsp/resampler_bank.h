@@ -52,5 +52,5 @@ private:
     int output_period_;
     std::vector<row> rows_;
     std::vector<run> runs_;
-    double outermost_tap_;
+    double outermost_tap_ = 0.0;
 };

@@ -176,13 +176,12 @@ void pitch_downsample(const float* x, float* x_lp) {
     }
     const float c[lpc_order + 1] = {a[0] + 0.8F, a[1] + 0.8F * a[0], a[2] + 0.8F * a[1], a[3] + 0.8F * a[2],
                                     0.8F * a[3]};
-    float past[lpc_order + 1] = {};
+    float delayed[lpc_order + 1 + half_history] = {};
+    qnl_copy(x_lp, delayed + lpc_order + 1, half_history);
     for (int n = 0; n < half_history; ++n) {
         float sum = x_lp[n];
         for (int k = 0; k <= lpc_order; ++k)
-            sum += c[k] * past[k];
-        std::copy_backward(past, past + lpc_order, past + lpc_order + 1);
-        past[0] = x_lp[n];
+            sum += c[k] * delayed[n + lpc_order - k];
         x_lp[n] = sum;
     }
 }
