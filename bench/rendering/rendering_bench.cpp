@@ -1,5 +1,5 @@
-// Loudspeaker rendering beside the fourteen complex transforms of 2048 points that each frame of 1024 needs, done by
-// FFTW.
+// Loudspeaker rendering beside the fourteen complex transforms of 2048 points that each frame of 1024 needs,
+// done by FFTW.
 
 #include <memory>
 #include <random>
@@ -25,8 +25,8 @@ std::vector<float> noise(int samples) {
     return values;
 }
 
-/// Argument: frames per channel of a block. The times are means over as many blocks as make whole frames, in turns
-/// with the transforms.
+/// Argument: frames per channel of a block. The times are means over as many blocks as make whole frames, in
+/// turns with the transforms.
 void rendering(benchmark::State& state) {
     constexpr int rounds = 501;
     constexpr int frame = 1024;

@@ -1,5 +1,5 @@
-// The transforms beside FFTW's on the same input: time, its ratio, and the relative RMS errors of both against a
-// transform in double precision.
+// The transforms beside FFTW's on the same input: time, its ratio, and the relative RMS errors of both
+// against a transform in double precision.
 
 #include <algorithm>
 #include <cmath>

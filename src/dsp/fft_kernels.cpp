@@ -211,8 +211,8 @@ void any_last_pass(const fft_pass& pass, parts from, complex32f* out, float scal
     });
 }
 
-// An inverse transform is a forward one with real and imaginary parts exchanged before and after. All but the first
-// pass go to and fro between `out` and one half of the work space, to stay within the fastest cache.
+// An inverse transform is a forward one with real and imaginary parts exchanged before and after. All but the
+// first pass go to and fro between `out` and one half of the work space, to stay within the fastest cache.
 template <bool Inverse>
 void transform(const fft_plan& plan, const complex32f* in, complex32f* out, float* work) {
     const int size = plan.size();

@@ -26,8 +26,8 @@ struct split_case {
     complex32f left, right, centre;
 };
 
-// Slopes and quotients of these are exact. The last three have a foot that is not finite, the first two of them by
-// a slope whose reciprocal overflows: equal magnitudes take the right one.
+// Slopes and quotients of these are exact. The last three have a foot that is not finite, the first two of
+// them by a slope whose reciprocal overflows: equal magnitudes take the right one.
 constexpr split_case split_cases[] = {
     {{3, 4}, {3, 4}, {3, 4}},
     {{1, 1}, {1, 3}, {1, 0}},
