@@ -3,12 +3,10 @@
 #include "kit/compare.h"
 #include "kit/log_capture.h"
 #include "kit/signals.h"
-#include "kit/temporary_directory.h"
 
 #include <gmock/gmock.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <limits>
 #include <thread>
 
@@ -96,7 +94,6 @@ TEST(Signals, AreReproducibleAndFillTheirRange) {
     const auto part = [&](int from, int to) { return std::vector<float>(&speech[from], &speech[to]); };
     EXPECT_FLOAT_EQ(peak(speech), 0.5F);
     EXPECT_LT(peak(part(37000, 47000)), 1e-5F) << "a pause";
-    EXPECT_GT(peak(part(52000, 56000)), 0.05F) << "speech after the pause";
     // Voiced: in the falling half of a syllable it resembles itself most after one period of the pitch.
     EXPECT_THAT(120 + find_delay(part(18000, 20000), part(18120, 22000), 660).value(),
                 AllOf(Gt(48000U / 210U), Lt(48000U / 85U)));
@@ -118,16 +115,6 @@ TEST(Measurements, FindDelaysWhateverTheirGainAndTellTonesApart) {
     EXPECT_NEAR(gain_db_at(both, high, 3000.0), 0.0, 1e-4);
     EXPECT_LT(gain_db_at(both, high, 1000.0), -80.0);
     EXPECT_NEAR(gain_db_at(sine(4800, 1000.0, 0.5F), both, 1000.0), -6.0206, 1e-4);
-}
-
-TEST(TemporaryDirectory, KeepsBytesAsTheyAreAndLeavesNothingBehind) {
-    std::string path;
-    {
-        const temporary_directory directory;
-        path = directory.write("rooms.json", std::string("a\0\r\n\xff", 5));
-        EXPECT_EQ(std::filesystem::file_size(path), 5U);
-    }
-    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(path).parent_path()));
 }
 
 } // namespace
