@@ -12,6 +12,10 @@ struct fft_kernels {
     /// taken as `half` complex values. `half` is at least 2 and even. `factors` holds -j/2 e^(-j pi k / half) for k
     /// from 1 to half / 2.
     void (*expand_real)(const complex32f* packed, const complex32f* factors, complex32f* out, int half);
+
+    /// The way back: of any 2 half bins it makes the `half` values whose inverse transform holds, taken as floats,
+    /// the real parts of the bins' inverse transform. Same `factors`.
+    void (*pack_real)(const complex32f* bins, const complex32f* factors, complex32f* packed, int half);
 };
 
 extern const fft_kernels scalar_fft_kernels;
