@@ -247,21 +247,20 @@ void check(const operation& op, destination where, int n, int offset, const char
     const auto seed = static_cast<unsigned>(3 * (16 * n + offset)); // other values for every case
     const std::vector<float> a = test_values(op.a_width * n, seed);
     const std::vector<float> b = test_values(op.b_width * n, seed + 1);
-    const std::vector<float> x = test_values(op.x_width * n, seed + 2);
-    const int start = wall + 11 * offset % 16;
-    std::vector<float> expected = walled(start - wall, where == destination::first_source    ? a
-                                                       : where == destination::second_source ? b
-                                                                                             : x);
-    std::vector<float> result = expected;
+    std::vector<float> x = test_values(op.x_width * n, seed + 2);
+    if (where != destination::apart)
+        x = where == destination::first_source ? a : b;
     const std::vector<float> a_block = behind(offset, a);
     const std::vector<float> b_block = behind(5 * offset % 16, b);
-    float* const d = result.data() + start;
-    op.run(where == destination::first_source ? d : a_block.data() + offset,
-           where == destination::second_source ? d : b_block.data() + 5 * offset % 16, d, n);
-    op.expect(a.data(), b.data(), expected.data() + start, n);
-    ASSERT_TRUE(same_blocks(expected, result))
-        << op.name << " on " << target << ", n " << n << ", offset " << offset << "\nexpected "
-        << testing::PrintToString(expected) << "\nresult " << testing::PrintToString(result);
+    guarded_block<float> result(x.data(), op.x_width * n, 11 * offset % 16);
+    op.run(where == destination::first_source ? result.data() : a_block.data() + offset,
+           where == destination::second_source ? result.data() : b_block.data() + 5 * offset % 16,
+           result.data(), n);
+    op.expect(a.data(), b.data(), x.data(), n);
+    const int index = first_difference(x.data(), result.data(), op.x_width * n);
+    ASSERT_TRUE(index == -1 && result.walls_stand())
+        << op.name << " on " << target << ", n " << n << ", offset " << offset << ", index " << index
+        << " of " << testing::PrintToString(x);
 }
 
 void sweep(destination where) {
