@@ -35,15 +35,6 @@ bool same_bits(Element a, Element b) {
     return std::memcmp(&a, &b, sizeof a) == 0 || (a != a && b != b);
 }
 
-/// Index of the first element that differs, or -1.
-template <class Element>
-int first_difference(const Element* a, const Element* b, int n) {
-    for (int i = 0; i < n; ++i)
-        if (!same_bits(a[i], b[i]))
-            return i;
-    return -1;
-}
-
 /// Source elements behind `offset` others, in a heap block that ends with them, so that AddressSanitizer sees a
 /// read past the end.
 template <class Element>
@@ -53,32 +44,22 @@ std::vector<Element> behind(int offset, const std::vector<Element>& content) {
     return block;
 }
 
-/// `n` destination elements between two walls that must stand.
+constexpr int wall = 32;
+
+/// Destination elements between two walls that must stand; they start at `wall` + `offset`.
 template <class Element>
-class guarded_block {
-public:
-    guarded_block(const Element* content, int n, int offset)
-        : block_(static_cast<std::size_t>(n + 2 * wall + offset), brick()),
-          start_(block_.size() - static_cast<std::size_t>(n + wall)),
-          end_(block_.size() - wall) {
-        std::copy_n(content, n, data());
-    }
-    Element* data() { return block_.data() + start_; }
-    bool walls_stand() const {
-        for (std::size_t i = 0; i < block_.size(); ++i)
-            if ((i < start_ || i >= end_) && !same_bits(block_[i], brick()))
-                return false;
-        return true;
-    }
+std::vector<Element> walled(int offset, const std::vector<Element>& content) {
+    std::vector<Element> block(static_cast<std::size_t>(wall + offset), static_cast<Element>(-12345));
+    block.insert(block.end(), content.begin(), content.end());
+    block.insert(block.end(), wall, static_cast<Element>(-12345));
+    return block;
+}
 
-private:
-    static constexpr int wall = 32;
-    static constexpr Element brick() { return static_cast<Element>(-12345); }
-
-    std::vector<Element> block_;
-    std::size_t start_;
-    std::size_t end_;
-};
+/// Whether two blocks of one size are equal to the bit, walls and all.
+template <class Element>
+bool same_blocks(const std::vector<Element>& a, const std::vector<Element>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), same_bits<Element>);
+}
 
 /// The values on which arithmetic turns: special ones, and whole numbers that floats only just tell apart.
 inline const std::vector<float>& turning_points() {

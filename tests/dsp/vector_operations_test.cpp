@@ -53,7 +53,7 @@ struct on {
         constexpr int width = sizeof(S) / sizeof(float);
         const body each = walk([=](const S* a, const S* b, D* x, int n) {
             for (int i = 0; i < n; ++i)
-                x[i] = formula(a + i, b + i, x + i);
+                x[i] = formula(a, b, x, i);
         });
         return {name,
                 sources > 0 ? width : 0,
@@ -65,32 +65,32 @@ struct on {
     static operation two(const char* name, void (*run)(const S*, const S*, D*, int),
                          D (*formula)(S a, S b) = nullptr) {
         return made(name, 2, run, formula != nullptr,
-                    [=](const S* a, const S* b, D*) { return formula(*a, *b); });
+                    [=](const S* a, const S* b, D*, int i) { return formula(a[i], b[i]); });
     }
     static operation one(const char* name, void (*run)(const S*, D*, int), D (*formula)(S a) = nullptr) {
         return made(
             name, 1, [=](const S* a, const S*, D* x, int n) { run(a, x, n); }, formula != nullptr,
-            [=](const S* a, const S*, D*) { return formula(*a); });
+            [=](const S* a, const S*, D*, int i) { return formula(a[i]); });
     }
     static operation onto(const char* name, void (*run)(const S*, D*, int), D (*formula)(S a, D x)) {
         return made(
             name, 1, [=](const S* a, const S*, D* x, int n) { run(a, x, n); }, true,
-            [=](const S* a, const S*, D* x) { return formula(*a, *x); });
+            [=](const S* a, const S*, D* x, int i) { return formula(a[i], x[i]); });
     }
     static operation with(const char* name, S c, void (*run)(const S*, D*, S, int), D (*formula)(S a, S c)) {
         return made(
             name, 1, [=](const S* a, const S*, D* x, int n) { run(a, x, c, n); }, true,
-            [=](const S* a, const S*, D*) { return formula(*a, c); });
+            [=](const S* a, const S*, D*, int i) { return formula(a[i], c); });
     }
     static operation here(const char* name, void (*run)(D*, int), D (*formula)(D x) = nullptr) {
         return made(
             name, 0, [=](const S*, const S*, D* x, int n) { run(x, n); }, formula != nullptr,
-            [=](const S*, const S*, D* x) { return formula(*x); });
+            [=](const S*, const S*, D* x, int i) { return formula(x[i]); });
     }
     static operation here_with(const char* name, D c, void (*run)(D*, D, int), D (*formula)(D x, D c)) {
         return made(
             name, 0, [=](const S*, const S*, D* x, int n) { run(x, c, n); }, true,
-            [=](const S*, const S*, D* x) { return formula(*x, c); });
+            [=](const S*, const S*, D* x, int i) { return formula(x[i], c); });
     }
 };
 
@@ -247,20 +247,21 @@ void check(const operation& op, destination where, int n, int offset, const char
     const auto seed = static_cast<unsigned>(3 * (16 * n + offset)); // other values for every case
     const std::vector<float> a = test_values(op.a_width * n, seed);
     const std::vector<float> b = test_values(op.b_width * n, seed + 1);
-    std::vector<float> x = test_values(op.x_width * n, seed + 2);
-    if (where != destination::apart)
-        x = where == destination::first_source ? a : b;
+    const std::vector<float> x = test_values(op.x_width * n, seed + 2);
+    const int start = wall + 11 * offset % 16;
+    std::vector<float> expected = walled(start - wall, where == destination::first_source    ? a
+                                                       : where == destination::second_source ? b
+                                                                                             : x);
+    std::vector<float> result = expected;
     const std::vector<float> a_block = behind(offset, a);
     const std::vector<float> b_block = behind(5 * offset % 16, b);
-    guarded_block<float> result(x.data(), op.x_width * n, 11 * offset % 16);
-    op.run(where == destination::first_source ? result.data() : a_block.data() + offset,
-           where == destination::second_source ? result.data() : b_block.data() + 5 * offset % 16,
-           result.data(), n);
-    op.expect(a.data(), b.data(), x.data(), n);
-    const int index = first_difference(x.data(), result.data(), op.x_width * n);
-    ASSERT_TRUE(index == -1 && result.walls_stand())
-        << op.name << " on " << target << ", n " << n << ", offset " << offset << ", index " << index
-        << " of " << testing::PrintToString(x);
+    float* const d = result.data() + start;
+    op.run(where == destination::first_source ? d : a_block.data() + offset,
+           where == destination::second_source ? d : b_block.data() + 5 * offset % 16, d, n);
+    op.expect(a.data(), b.data(), expected.data() + start, n);
+    ASSERT_TRUE(same_blocks(expected, result))
+        << op.name << " on " << target << ", n " << n << ", offset " << offset << "\nexpected "
+        << testing::PrintToString(expected) << "\nresult " << testing::PrintToString(result);
 }
 
 void sweep(destination where) {
