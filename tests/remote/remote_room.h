@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 using nlohmann::json;
@@ -33,7 +34,7 @@ protected:
     qnl_websocket_server& server() { return *handle_->websocket_server(); }
     void send(const std::string& text) override { heard_.push_back(text); }
     /// The texts that were broadcast since the last call.
-    std::vector<std::string> heard() { return std::move(heard_); }
+    std::vector<std::string> heard() { return std::exchange(heard_, {}); }
 
     /// The response as it is, for any bytes.
     std::string answer_text(const std::string& request, bool* changed = nullptr) {

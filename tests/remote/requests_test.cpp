@@ -17,49 +17,37 @@ struct refusal {
     std::string description;
 };
 
-// What comes first is what is reported.
+const std::string demo_rule = "You must use a negative integer as your demo participant ID";
+#define DEMO R"("demo_name":"","room_id":1,"sampling_rate":48000)"
+
+// What comes first is what is reported. docs/remote_protocol.md holds the plain cases.
 const refusal refusals[] = {
-    {R"({"Command":"GET_VERSION"})", -9990, "QNL_ERROR_INVALID_VALUE"},
     {R"({"Command":" get_version"})", -9990, "QNL_ERROR_INVALID_VALUE"},
     {R"({"Command":"get_version\u0000"})", -9990, "QNL_ERROR_INVALID_VALUE"},
     {R"({"Command":7,"value":null})", -9990, type_error + "string, but is number"},
     {R"({"Command":"nothing","control_to_edit":true,"value":1.5})", -9990,
      type_error + "string, but is boolean"},
     {R"({"Command":"get_version","control_to_edit":2.0})", -9990, type_error + "string, but is number"},
-    {R"({"Command":"get_version","value":1.5})", -9990, type_error + "string, but is number"},
     {R"({"Command":"add_demo_participant","participant_id":5,"value":[]})", -9990,
      type_error + "string, but is array"},
-    {R"({"Command":"add_demo_participant","participant_id":5})", -9992,
-     "You must use a negative integer as your demo participant ID"},
-    {R"({"Command":"stop_audio_file","participant_id":-1.0,"room_id":1})", -9992,
-     "You must use a negative integer as your demo participant ID"},
-    {R"({"Command":"play_audio_file","room_id":99})", -9992,
-     "You must use a negative integer as your demo participant ID"},
+    {R"({"Command":"stop_audio_file","participant_id":-1.0,"room_id":1})", -9992, demo_rule},
+    {R"({"Command":"play_audio_file","room_id":99})", -9992, demo_rule},
     {R"({"Command":"add_demo_participant","participant_id":-5,"room_id":"x"})", -9990,
      type_error + "string, but is null"},
-    {R"({"Command":"add_demo_participant","participant_id":-5,"demo_name":"","room_id":1,"sampling_rate":7,)"
-     R"("number_channels":3})",
-     -9996, "QNL_ERROR_NUM_CHANNELS"},
+    {R"({"Command":"add_demo_participant","participant_id":-5,"number_channels":3,)" DEMO "}", -9996,
+     "QNL_ERROR_NUM_CHANNELS"},
+    {R"({"Command":"add_demo_participant","participant_id":-4294967295,"number_channels":1,)" DEMO "}", -9990,
+     "the number -4294967295 is beyond 32 bits"},
     {R"({"Command":"remove_demo_participant","participant_id":-5,"room_id":1})", -9992,
      "QNL_ERROR_INVALID_PARTICIPANT_ID"},
-    {R"({"Command":"add_demo_participant","participant_id":-4294967295,"demo_name":"","room_id":1,)"
-     R"("sampling_rate":48000,"number_channels":1})",
-     -9990, "the number -4294967295 is beyond 32 bits"},
-    {R"({"Command":"get_room_layout","room_id":18446744073709551617})", -9990,
-     "the number 1.8446744073709552e+19 is beyond 32 bits"},
+    {R"({"Command":"get_room_layout","room_id":1e300})", -9990, "the number 1e+300 is beyond 32 bits"},
     {R"({"Command":"get_room_layout","room_id":18446744073709551615})", -9990,
      "the number 18446744073709551615 is beyond 32 bits"},
-    {R"({"Command":"get_room_layout","room_id":"1"})", -9990, type_error + "number, but is string"},
     {R"({"Command":"get_room_layout"})", -9990, type_error + "number, but is null"},
     {R"({"Command":"get_room_layout","room_id":1,"room_id":9})", -9993, "QNL_ERROR_INVALID_ROOM_ID"},
-    {R"({"Command":"set_participant_position","room_id":9,"participant_id":1,"x":0,"y":0,"z":0,)"
-     R"("azimuth_heading":181,"elevation_heading":0})",
-     -9989, "QNL_ERROR_INVALID_HEADING"},
-    {R"({"Command":"set_participant_state","room_id":1,"participant_id":1,"control_to_edit":2})", -9990,
-     "QNL_ERROR_INVALID_VALUE"},
+    {R"({"Command":"get_participant_spherical","room_id":1,"listener_id":1,"source_id":1})", -9992,
+     "QNL_ERROR_INVALID_PARTICIPANT_ID"},
     {R"({"Command":"set_participant_state","room_id":1,"participant_id":1,"value":0})", -9991,
-     "QNL_ERROR_INVALID_CONTROL"},
-    {R"({"Command":"set_all_participants_state","room_id":1,"control_to_edit":"x","value":"none"})", -9991,
      "QNL_ERROR_INVALID_CONTROL"},
 };
 
@@ -73,11 +61,6 @@ TEST_F(remote_room, refuses_with_the_first_reason_and_leaves_everything_as_it_wa
         EXPECT_FALSE(changed) << request;
     }
     EXPECT_THAT(heard(), IsEmpty());
-    EXPECT_EQ(answer_text("{}"), R"({"Error Code":-9990,"Error Description":")" + type_error +
-                                     R"(string, but is null","Request":{"Command":null},"Status":"ERROR"})");
-    EXPECT_THAT(answer_text("[1]"),
-                HasSubstr(R"(type_error.305] cannot use operator[] with a string argument with )"
-                          R"(array","Request":[1],"Status":"ERROR"})"));
 }
 
 std::string nested(size_t levels) {
