@@ -4,7 +4,7 @@
 # shellcheck source-path=SCRIPTDIR source=prepare.sh
 source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
 
-ensure_packages "${build_packages[@]}" libfftw3-dev libsoxr-dev libspeexdsp-dev
+ensure_packages "${build_packages[@]}" libfftw3-dev libopenblas-dev libsoxr-dev libspeexdsp-dev
 build bench
 mapfile -t programs < <(find build/bench/bench -type f -executable -name 'quenlis_bench*' | sort)
 [ ${#programs[@]} -gt 0 ] || fail "no benchmark was built"

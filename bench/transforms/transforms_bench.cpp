@@ -1,15 +1,12 @@
-// The transforms beside FFTW's on the same input: time, its ratio, and the relative RMS errors of both against a
-// transform in double precision.
+// The transforms beside FFTW's on the same input: time, its ratio, and the relative RMS errors of both
+// against a transform in double precision.
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <complex>
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -17,6 +14,7 @@
 #include "dsp/discrete_transform.h"
 #include "dsp/vector_targets.h"
 #include "fftw_transform.h"
+#include "timing.h"
 
 namespace {
 
@@ -108,21 +106,6 @@ void give_input(const task& task, fftw_transform& peer) {
         qnl_get_real_part(task.in.data(), reinterpret_cast<float*>(peer.in()), task.size);
     else
         std::copy(task.in.begin(), task.in.end(), peer.in());
-}
-
-double nanoseconds(const std::function<void()>& work, int calls) {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < calls; ++i) {
-        work();
-        benchmark::ClobberMemory();
-    }
-    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count() / calls;
-}
-
-double median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 /// Arguments: kind, size. Both take turns, so that whatever else the machine does hits them alike.

@@ -32,3 +32,8 @@ void real_transform::forward(const float* in, complex32f* out) {
     half_.forward(reinterpret_cast<const complex32f*>(in), packed_.get());
     active_kernels.fft->expand_real(packed_.get(), factors_.get(), out, size_ / 2);
 }
+
+void real_transform::inverse(const complex32f* in, float* out) {
+    active_kernels.fft->pack_real(in, factors_.get(), packed_.get(), size_ / 2);
+    half_.inverse(packed_.get(), reinterpret_cast<complex32f*>(out));
+}

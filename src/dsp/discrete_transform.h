@@ -3,9 +3,9 @@
 #include "dsp/fft_plan.h"
 #include "dsp/vector_primitives.h"
 
-// Discrete Fourier transforms of one fixed length in single precision: forward unscaled, inverse scaled by 1 / N.
-// Tables and work space are made by the constructors; after that nothing allocates. An object serves one thread at
-// a time.
+// Discrete Fourier transforms of one fixed length N in single precision: forward unscaled, the inverse
+// divided by N. Tables and work space are made by the constructors; after that nothing allocates. An object
+// serves one thread at a time.
 
 /// The transform of complex values.
 class complex_transform {
@@ -23,15 +23,17 @@ private:
     qnl_buffer_32f work_;
 };
 
-/// The forward transform of real samples, by a complex one of half the length.
+/// The transform of real samples, by a complex one of half the length.
 class real_transform {
 public:
     /// @param size  N, a multiple of 4 that is a product of powers of 2, 3 and 5
     explicit real_transform(int size);
 
-    /// Makes all N bins out of N samples. Bins 0 and N/2 have a zero imaginary part, and bin N - k is the conjugate
-    /// of bin k to the bit. The arrays must not overlap.
+    /// Makes all N bins out of N samples. Bins 0 and N/2 have a zero imaginary part, and bin N - k is the
+    /// conjugate of bin k to the bit. The arrays must not overlap.
     void forward(const float* in, complex32f* out);
+    /// The real parts of the inverse transform of any N bins, divided by N. The arrays must not overlap.
+    void inverse(const complex32f* in, float* out);
 
 private:
     int size_;

@@ -10,38 +10,30 @@ int lower_power_of_two(int size) {
 
 } // namespace
 
-quenlis_FFT::quenlis_FFT(int size, bool real)
-    : zero_(qnl_make_buffer_32f(size)),
+quenlis_FFT::quenlis_FFT(int size, bool /*real*/)
+    : transform_(lower_power_of_two(size)),
       held_(qnl_make_buffer_32f(size)),
       real_scratch_(qnl_make_buffer_32f(size + 2)),
       spare_(qnl_make_buffer_32f(size)),
-      complex_scratch_(qnl_make_buffer_32fc(size)),
-      size_(size) {
-    if (real)
-        real_ = std::make_unique<real_transform>(lower_power_of_two(size));
-    else
-        complex_ = std::make_unique<complex_transform>(lower_power_of_two(size));
-}
+      size_(size) {}
 
-void quenlis_FFT::FFT(const float* in, int in_len, complex32f* out, int n) {
+void quenlis_FFT::FFT(const float* in, int in_len, complex32f* out, int /*n*/) {
     qnl_copy(in, held_.get(), in_len);
-    qnl_real_to_complex(held_.get(), zero_.get(), out, n);
-    complex_->forward(out, out);
+    transform_.forward(held_.get(), out);
 }
 
 void quenlis_FFT::IFFT(const complex32f* in, float* out, int n) {
-    IFFT_no_save(in, real_scratch_.get(), n);
+    transform_.inverse(in, real_scratch_.get());
     qnl_add_I(real_scratch_.get(), out, n);
 }
 
 void quenlis_FFT::IFFT_no_save(const complex32f* in, float* out, int n) {
-    complex_->inverse(in, complex_scratch_.get());
-    qnl_get_real_part(complex_scratch_.get(), out, n);
+    transform_.inverse(in, real_scratch_.get());
+    qnl_copy(real_scratch_.get(), out, n);
 }
 
-void quenlis_FFT::RFFT(const float* in, int in_len, complex32f* out, int /*n*/) {
-    qnl_copy(in, held_.get(), in_len);
-    real_->forward(held_.get(), out);
+void quenlis_FFT::RFFT(const float* in, int in_len, complex32f* out, int n) {
+    FFT(in, in_len, out, n);
 }
 
 void quenlis_FFT::IRFFT(const complex32f* /*in*/, int /*in_len*/, float* /*out*/, int /*n*/) {}

@@ -1,6 +1,6 @@
-// The small transforms that passes are made of, once for plain and vector code: the same operations in the same
-// order, so the same bits. Included inside the namespace of a kernel file, once per instruction set, behind a
-// function times(value, float) for its values; a value is a float or a vector.
+// The small transforms that passes are made of, once for plain and vector code: the same operations in the
+// same order, so the same bits. Included inside the namespace of a kernel file, once per instruction set,
+// behind a function times(value, float) for its values; a value is a float or a vector.
 
 template <class Value>
 struct complex_value {
@@ -40,8 +40,8 @@ template <class Value>
     return {a.re * re - a.im * im, a.re * im + a.im * re};
 }
 
-/// A transform of Radix values: reads them by in(k), hands output j to out(j, value). Every output is made of the
-/// same operations wherever it stands; values may be read more than once, after some outputs are out.
+/// A transform of Radix values: reads them by in(k), hands output j to out(j, value). Every output is made of
+/// the same operations wherever it stands; values may be read more than once, after some outputs are out.
 template <int Radix>
 struct butterfly;
 
@@ -119,7 +119,7 @@ struct butterfly<5> {
     }
 };
 
-// Even outputs first, then odd ones from the inputs read anew: sixteen registers hold half of it, not the whole.
+// Even outputs first, then odd ones from the inputs read anew: sixteen registers hold half of it at a time.
 template <>
 struct butterfly<8> {
     template <class In, class Out>

@@ -211,8 +211,8 @@ void any_last_pass(const fft_pass& pass, parts from, complex32f* out, float scal
     });
 }
 
-// An inverse transform is a forward one with real and imaginary parts exchanged before and after. All but the first
-// pass go to and fro between `out` and one half of the work space, to stay within the fastest cache.
+// An inverse transform is a forward one with real and imaginary parts exchanged before and after. All but the
+// first pass go to and fro between `out` and one half of the work space, to stay within the fastest cache.
 template <bool Inverse>
 void transform(const fft_plan& plan, const complex32f* in, complex32f* out, float* work) {
     const int size = plan.size();
@@ -247,53 +247,72 @@ void transform_either_way(const fft_plan& plan, const complex32f* in, complex32f
         transform<false>(plan, in, out, work);
 }
 
-/// Complex values side by side in reverse order.
-template <class Tag>
-HWY_INLINE hn::Vec<Tag> reversed(Tag tag, hn::Vec<Tag> x) {
-    const hn::Repartition<std::uint64_t, Tag> pairs;
-    return hn::BitCast(tag, hn::Reverse(pairs, hn::BitCast(pairs, x)));
-}
+/// Vectors of complex values side by side.
+struct bin_vectors {
+    using vector = hn::Vec<wide_tag>;
 
-/// Complex values side by side times others.
-template <class Tag>
-HWY_INLINE hn::Vec<Tag> product(Tag /*tag*/, hn::Vec<Tag> x, hn::Vec<Tag> y) {
-    const auto straight = hn::Mul(x, hn::DupEven(y));
-    const auto crossed = hn::Mul(hn::Shuffle2301(x), hn::DupOdd(y));
-    return hn::OddEven(hn::Add(straight, crossed), hn::Sub(straight, crossed));
-}
+    static constexpr wide_tag tag{};
+
+    static HWY_INLINE int count() { return static_cast<int>(hn::Lanes(tag) / 2); }
+    static HWY_INLINE vector load(const complex32f* a) {
+        return hn::LoadU(tag, reinterpret_cast<const float*>(a));
+    }
+    static HWY_INLINE void store(vector x, complex32f* d) { hn::StoreU(x, tag, reinterpret_cast<float*>(d)); }
+    static HWY_INLINE vector conjugate(vector x) {
+        return hn::Xor(x, hn::OddEven(hn::Set(tag, -0.0F), hn::Zero(tag)));
+    }
+    static HWY_INLINE vector conjugate_in_reverse(vector x) {
+        const hn::Repartition<std::uint64_t, wide_tag> pairs;
+        return conjugate(hn::BitCast(tag, hn::Reverse(pairs, hn::BitCast(pairs, x))));
+    }
+    static HWY_INLINE vector product(vector x, vector y) {
+        const auto straight = hn::Mul(x, hn::DupEven(y));
+        const auto crossed = hn::Mul(hn::Shuffle2301(x), hn::DupOdd(y));
+        return hn::OddEven(hn::Add(straight, crossed), hn::Sub(straight, crossed));
+    }
+};
 
 void expand_real(const complex32f* packed, const complex32f* factors, complex32f* out, int half) {
-    const wide_tag tag;
-    const auto values = static_cast<int>(hn::Lanes(tag) / 2);
-    if (half / 2 % values != 0)
+    using v = bin_vectors;
+    if (half / 2 % v::count() != 0)
         return scalar_fft_kernels.expand_real(packed, factors, out, half);
-    const auto at = [](auto* x, int k)
-                        HWY_ATTR { return hn::LoadU(wide_tag(), reinterpret_cast<const float*>(x + k)); };
-    const auto put = [=](int k, auto x)
-                         HWY_ATTR { hn::StoreU(x, wide_tag(), reinterpret_cast<float*>(out + k)); };
-    const auto sign_of_imaginary_part = hn::OddEven(hn::Set(tag, -0.0F), hn::Zero(tag));
-    const auto conjugate = [=](auto x) HWY_ATTR { return hn::Xor(x, sign_of_imaginary_part); };
     out[0] = {packed[0].re + packed[0].im, 0.0F};
     out[half] = {packed[0].re - packed[0].im, 0.0F};
-    for (int k = 1; k <= half / 2; k += values) {
-        const int mirrored = half - k - values + 1;
-        const auto value = at(packed, k);
-        const auto mirror = conjugate(reversed(tag, at(packed, mirrored)));
+    for (int k = 1; k <= half / 2; k += v::count()) {
+        const int mirrored = half - k - v::count() + 1;
+        const auto value = v::load(packed + k);
+        const auto mirror = v::conjugate_in_reverse(v::load(packed + mirrored));
         const auto even = times(hn::Add(value, mirror), 0.5F);
-        const auto odd = product(tag, hn::Sub(value, mirror), at(factors, k - 1));
+        const auto odd = v::product(hn::Sub(value, mirror), v::load(factors + k - 1));
         const auto sum = hn::Add(even, odd);
         const auto difference = hn::Sub(even, odd);
-        put(k, sum);
-        put(half + k, difference);
-        put(mirrored, conjugate(reversed(tag, difference)));
-        put(half + mirrored, conjugate(reversed(tag, sum)));
+        v::store(sum, out + k);
+        v::store(difference, out + half + k);
+        v::store(v::conjugate_in_reverse(difference), out + mirrored);
+        v::store(v::conjugate_in_reverse(sum), out + half + mirrored);
+    }
+}
+
+void pack_real(const complex32f* bins, const complex32f* factors, complex32f* packed, int half) {
+    using v = bin_vectors;
+    if (half / 2 % v::count() != 0)
+        return scalar_fft_kernels.pack_real(bins, factors, packed, half);
+    packed[0] = {0.5F * (bins[0].re + bins[half].re), 0.5F * (bins[0].re - bins[half].re)};
+    for (int k = 1; k <= half / 2; k += v::count()) {
+        const int mirrored = half - k - v::count() + 1;
+        const auto a = hn::Add(v::load(bins + k), v::conjugate_in_reverse(v::load(bins + half + mirrored)));
+        const auto b = hn::Add(v::load(bins + half + k), v::conjugate_in_reverse(v::load(bins + mirrored)));
+        const auto even = times(hn::Add(a, b), 0.25F);
+        const auto odd = v::product(times(hn::Sub(a, b), 0.5F), v::conjugate(v::load(factors + k - 1)));
+        v::store(hn::Add(even, odd), packed + k);
+        v::store(v::conjugate_in_reverse(hn::Sub(even, odd)), packed + mirrored);
     }
 }
 
 } // namespace
 
 const fft_kernels& fft_table() {
-    static constexpr fft_kernels table = {transform_either_way, expand_real};
+    static constexpr fft_kernels table = {transform_either_way, expand_real, pack_real};
     return table;
 }
 

@@ -8,10 +8,14 @@ struct fft_kernels {
     /// `in` may be `out`. `work` holds four floats per value.
     void (*transform)(const fft_plan& plan, const complex32f* in, complex32f* out, float* work, bool inverse);
 
-    /// Makes the 2 half bins of the spectrum of 2 half real samples out of `packed`, the transform of the samples
-    /// taken as `half` complex values. `half` is at least 2 and even. `factors` holds -j/2 e^(-j pi k / half) for k
-    /// from 1 to half / 2.
+    /// Makes the 2 half bins of the spectrum of 2 half real samples out of `packed`, the transform of the
+    /// samples taken as `half` complex values. `half` is at least 2 and even. `factors` holds for k
+    /// from 1 to half / 2 the values -j/2 e^(-j pi k / half).
     void (*expand_real)(const complex32f* packed, const complex32f* factors, complex32f* out, int half);
+
+    /// The way back: of any 2 half bins it makes the `half` values whose inverse transform holds, taken as
+    /// floats, the real parts of the bins' inverse transform. Same `factors`.
+    void (*pack_real)(const complex32f* bins, const complex32f* factors, complex32f* packed, int half);
 };
 
 extern const fft_kernels scalar_fft_kernels;

@@ -6,9 +6,9 @@
 
 namespace {
 
-/// In ascending order but for the first, which is the largest too: the vector kernels begin with a pass of radix 8,
-/// and the last pass rotates nothing, which pays most where it is large. A power of two takes 4 or 4 4 rather
-/// than 2, whose pass moves as much and does less.
+/// In ascending order but for the first, which is the largest too: the vector kernels begin with a pass of
+/// radix 8, and the last pass rotates nothing, which pays most where it is large. A power of two takes one
+/// 4 or two rather than a 2, whose pass moves as much and does less.
 std::vector<int> radices_of(int size) {
     std::vector<int> radices;
     for (const int odd : {3, 5})
@@ -76,7 +76,8 @@ int place_of_group(const fft_pass& pass, int group) {
     return pass.groups % 8 == 0 ? (group & ~7) + 2 * (group & 3) + (group & 4) / 4 : group;
 }
 
-// An eighth of the circle by sine and cosine, the rest by mirroring and turning: quick, and symmetric to the bit.
+// An eighth of the circle by sine and cosine, the rest by mirroring and turning: quick, and exactly
+// symmetric.
 std::vector<complex32f> unit_roots(int size) {
     std::vector<complex32f> roots(static_cast<std::size_t>(size));
     const auto at = [&roots](int k) -> complex32f& { return roots[static_cast<std::size_t>(k)]; };

@@ -5,8 +5,8 @@
 #include "dsp/vector_primitives.h"
 
 /// One pass over all values of a transform: `groups * run` butterflies of `radix` values each. Butterfly q of
-/// group p takes the values q + run * (p + k * groups), k below the radix, and leaves its output j, rotated, at
-/// q + run * (radix * p + j): after the last pass everything stands in natural order.
+/// group p takes the values q + run * (p + k * groups), k below the radix, and leaves its output j, rotated,
+/// at q + run * (radix * p + j): after the last pass everything stands in natural order.
 struct fft_pass {
     int radix; ///< 2, 3, 4, 5 or 8
     int run;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -83,11 +84,8 @@ HWY_INLINE void add_group(const Weight* const* rows, std::size_t count, const fl
 
 template <std::size_t Frames, class Weight>
 void add_all(const Weight* const* rows, std::size_t count, const weighted_rows& sums) {
-    std::size_t row = 0;
-    for (; row + rows_at_once <= count; row += rows_at_once)
-        add_group<Frames>(rows + row, rows_at_once, sums.inputs + row * Frames, sums);
-    if (row < count)
-        add_group<Frames>(rows + row, count - row, sums.inputs + row * Frames, sums);
+    for (std::size_t row = 0; row < count; row += rows_at_once)
+        add_group<Frames>(rows + row, std::min(rows_at_once, count - row), sums.inputs + row * Frames, sums);
 }
 
 template <class Weight>

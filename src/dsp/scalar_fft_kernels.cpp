@@ -116,6 +116,24 @@ void expand_real(const complex32f* packed, const complex32f* factors, complex32f
     }
 }
 
+void pack_real(const complex32f* bins, const complex32f* factors, complex32f* packed, int half) {
+    packed[0] = {0.5F * (bins[0].re + bins[half].re), 0.5F * (bins[0].re - bins[half].re)};
+    for (int k = 1; k <= half / 2; ++k) {
+        const complex32f value = bins[k];
+        const complex32f mirror = bins[2 * half - k];
+        const complex32f other = bins[half + k];
+        const complex32f other_mirror = bins[half - k];
+        const complex_float a = {value.re + mirror.re, value.im - mirror.im};
+        const complex_float b = {other.re + other_mirror.re, other.im - other_mirror.im};
+        const complex_float even = scaled(a + b, 0.25F);
+        const complex_float odd = rotated(scaled(a - b, 0.5F), factors[k - 1].re, -factors[k - 1].im);
+        const complex_float sum = even + odd;
+        const complex_float difference = even - odd;
+        packed[k] = {sum.re, sum.im};
+        packed[half - k] = {difference.re, -difference.im};
+    }
+}
+
 } // namespace
 
-const fft_kernels scalar_fft_kernels = {transform, expand_real};
+const fft_kernels scalar_fft_kernels = {transform, expand_real, pack_real};

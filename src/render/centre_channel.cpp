@@ -24,8 +24,8 @@ complex32f difference(complex32f a, complex32f b) {
     return {a.re - b.re, a.im - b.im};
 }
 
-/// One channel's frame of the hop from the chains' outputs: the end of the even chain's last but one, all of the odd
-/// chain's, the start of the even chain's last.
+/// One channel's frame of the hop from the chains' outputs: the end of the even chain's last but one, all of
+/// the odd chain's, the start of the even chain's last.
 void overlap_add(const float* before, const float* odd, const float* even, float* channel) {
     qnl_add(before + hop, odd, channel, hop);
     qnl_add(odd + hop, even, channel + hop, hop);

@@ -8,15 +8,16 @@ qnl_buffer_32f make_centre_window();
 /// The bins of a spectrum of the centre separation.
 constexpr int centre_bins = 2048;
 
-/// Splits the spectra of two channels, `centre_bins` bins each, into what they have in common and what remains of each:
-/// centre is written, left and right lose it. The sum of each residue and the centre is the bin that was.
+/// Splits the spectra of two channels, `centre_bins` bins each, into what they have in common and what
+/// remains of each: centre is written, left and right lose it. The sum of each residue and the centre is the
+/// bin that was.
 ///
 /// The centre of a bin is the point of the segment between the two complex values that is nearest to zero:
 ///  - left itself where both are equal;
-///  - the smaller real part, without an imaginary part, where only the real parts are equal, and the smaller imaginary
-///    part, without a real part, where only the imaginary ones are, even where that lies off the segment: wanted;
-///  - else the foot of the perpendicular from zero to the line through both, if it is finite and its real part lies
-///    between theirs, ends included;
+///  - where only the real parts are equal, the smaller of them without an imaginary part, and where only the
+///    imaginary ones are, the smaller of them without a real part, even off the segment: wanted;
+///  - else the foot of the perpendicular from zero to the line through both, if it is finite and its real
+///    part lies between theirs, ends included;
 ///  - else the one with the smaller magnitude; right when these are equal.
 /// Bin 0 is an exception: its centre is the mean of both.
 ///

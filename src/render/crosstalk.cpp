@@ -76,7 +76,7 @@ void quenlis_xtc::process_internal(float* frame) {
     }
     extract_center_channel(frame);
     float* const right = frame + frame_size;
-    // Left and right one after the other, never packed into one transform: equal channels must give equal bins.
+    // One after the other, never packed into one transform: equal channels must give equal bins.
     fft_.FFT(frame, frame_size, left_spectrum_.get(), fft_size);
     fft_.FFT(right, frame_size, right_spectrum_.get(), fft_size);
     for (int partition = 0; partition < 2; ++partition) {

@@ -9,15 +9,17 @@
 #include <cstdint>
 #include <memory>
 
-/// Prepares a listener's stereo mix for two loudspeakers. What both channels have in common, the centre, is set apart;
-/// the rest passes a two-by-two matrix of filters of 2048 taps that cancels the sound of each loudspeaker at the far
-/// ear; then the centre is added back, 2.1 dB louder than the channels' own rest.
+/// Prepares a listener's stereo mix for two loudspeakers. What both channels have in common, the centre, is
+/// set apart; the rest passes a two-by-two matrix of filters of 2048 taps that cancels the sound of each
+/// loudspeaker at the far ear; then the centre is added back, 1.76 dB louder than the rest.
 ///
-/// Works on frames of 1024 per channel at 48 kHz, by convolution in two partitions. Beside the wait for a frame, the
-/// centre comes 1536 frames late and the rest 512 more than its filter's main tap, which is near 980.
+/// Works on frames of 1024 per channel at 48 kHz, by convolution in two partitions. Beside the wait for a
+/// frame, the centre comes 1536 frames late and the rest 512 more than its filter's main tap, which is near
+/// 980.
 ///
-/// Everything is allocated in the constructor. One thread at a time; only the angle may change meanwhile. State is never
-/// reset: what a stage that stands still holds comes out first when it goes on.
+/// Everything is allocated in the constructor. One thread at a time; only the angle may change meanwhile.
+/// State is never reset: what a stage that stands still holds comes out first when it goes on. A sample that
+/// is not finite spoils the frame it falls into and the four after it.
 class quenlis_xtc {
 public:
     /// @param block  frames per channel of each call, from 1 to 1024
@@ -25,20 +27,20 @@ public:
     /// The four tables are part of the interface and unused: the filters are compiled in.
     quenlis_xtc(int block, quenlis_flags* flags, void** ltol, void** ltor, void** rtol, void** rtor);
 
-    /// Renders one planar stereo block, full scale 1.0. `in` may be `out`. Gives silence while no frame is finished: in
-    /// the first calls and, at 480 frames, once more in call 17.
+    /// Renders one planar stereo block, full scale 1.0. `in` may be `out`. Gives silence while no frame is
+    /// finished: in the first calls and, at 480 frames, once more in call 17.
     void process(const float* in, float* out);
 
     /// Fills the filters' spectra for the angle in use.
     void generate_filter();
-    /// Renders one planar frame, 1024 per channel, in place. A changed angle counts from here on, without a fade.
+    /// Renders one planar frame, 1024 per channel, in place. A changed angle counts at once, without a fade.
     void process_internal(float* frame);
 
-    /// Replaces a planar frame by the left and right residues of the stretch 512 frames earlier and keeps its centre
-    /// for the next frame.
+    /// Replaces a planar frame by the left and right residues of the stretch 512 frames earlier and keeps its
+    /// centre for the next frame.
     void extract_center_channel(float* frame);
     /// One windowed analysis, split and synthesis of a planar frame, whose contents are lost.
-    /// @param left_overlap, right_overlap, centre_overlap  2048 samples of one chain, carried from call to call
+    /// @param left_overlap, right_overlap, centre_overlap  2048 samples of one chain, kept from call to call
     /// @param out  3072 samples: left, right, centre
     void cx_process_batch_with_k(float* left_overlap, float* right_overlap, float* centre_overlap,
                                  float* frame, float* out);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -101,19 +102,60 @@ TEST(AudioPath, AnyEnhancementFoldsStereoInputUnlessBypassed) {
     const samples right = block(2);
     for (const qnl_audio_control enhancement : {QNL_CONTROL_ANC_ENABLE, QNL_CONTROL_AGC_ENABLE,
                                                 QNL_CONTROL_AUTO_EQ_ENABLE, QNL_CONTROL_MIXING_3D_ENABLE}) {
-        engine engine({2, 1});
-        engine.set(2, QNL_CONTROL_STEREO_BYPASS_ENABLE, 1);
+        plain_engine engine({2, 1});
         const auto heard = [&] {
             engine.push(1, planar(left, right), frames);
             return engine.pull(2).samples;
         };
-        EXPECT_TRUE(same_bits(planar(left, right), heard()));
+        EXPECT_TRUE(same_bits(planar(left, right), heard())) << "bypassed";
         engine.set(1, enhancement, 1);
-        // Channel 1 stays the right side: no stage is there yet that would copy channel 0 over it.
-        EXPECT_TRUE(same_bits(planar(scaled(sum(left, right), 0.5F), right), heard())) << enhancement;
-        engine.set(1, QNL_CONTROL_STEREO_BYPASS_ENABLE, 1);
-        EXPECT_TRUE(same_bits(planar(left, right), heard())) << enhancement;
+        EXPECT_TRUE(same_bits(planar(left, right), heard()))
+            << "bypassed, whatever else is on: " << enhancement;
+        engine.set(1, QNL_CONTROL_STEREO_BYPASS_ENABLE, 0);
+        for (int i = 0; i < 3; ++i)
+            heard(); // past the delay of any stage
+        const samples folded = heard();
+        const samples first(folded.begin(), folded.begin() + frames);
+        const samples second(folded.begin() + frames, folded.end());
+        EXPECT_GT(peak(first), 0.0F);
+        if (enhancement == QNL_CONTROL_MIXING_3D_ENABLE) {
+            EXPECT_TRUE(same_bits(scaled(sum(left, right), 0.5F), first));
+            EXPECT_TRUE(same_bits(right, second)) << "no stage copies the first channel over it";
+        } else {
+            EXPECT_TRUE(same_bits(first, second)) << enhancement;
+        }
     }
+}
+
+/// By how many frames speech is late at a listener without stages of its own, with some of the talker's controls on.
+std::optional<size_t> latency_of(std::initializer_list<qnl_audio_control> controls, int32_t block_frames) {
+    plain_engine engine({1, 1}, {48000, block_frames, 1, false, 1});
+    engine.set(1, QNL_CONTROL_STEREO_BYPASS_ENABLE, 0);
+    for (const qnl_audio_control control : controls)
+        engine.set(1, control, 1);
+    const auto length = static_cast<size_t>(block_frames);
+    const samples voice = speech_like(40 * length, 7);
+    samples heard;
+    for (size_t start = 0; start < voice.size(); start += length) {
+        engine.push(1, samples(&voice[start], &voice[start] + length));
+        const samples mix = engine.pull(2).samples;
+        heard.insert(heard.end(), mix.begin(), mix.end());
+    }
+    return find_delay(voice, heard, 6000);
+}
+
+TEST(AudioPath, EachEnhancementIsLateByItsOwnLatencyInItsPlace) {
+    EXPECT_EQ(latency_of({}, 480), 0U);
+    EXPECT_EQ(latency_of({QNL_CONTROL_ANC_ENABLE}, 480), 960U) << "both cleaners";
+    EXPECT_EQ(latency_of({QNL_CONTROL_ANC_ENABLE}, 512), 1984U);
+    EXPECT_EQ(latency_of({QNL_CONTROL_ANC_ENABLE}, 1024), 3008U);
+    EXPECT_EQ(latency_of({QNL_CONTROL_AGC_ENABLE}, 480), 600U) << "the analysis adds none";
+    EXPECT_EQ(latency_of({QNL_CONTROL_AGC_ENABLE}, 1024), 640U);
+    EXPECT_EQ(latency_of({QNL_CONTROL_AUTO_EQ_ENABLE}, 960), 512U);
+    const auto all =
+        latency_of({QNL_CONTROL_ANC_ENABLE, QNL_CONTROL_AGC_ENABLE, QNL_CONTROL_AUTO_EQ_ENABLE}, 960);
+    EXPECT_NEAR(static_cast<double>(all.value_or(0)), 960 + 512 + 600, 2)
+        << "a reshaped voice leans a little";
 }
 
 TEST(AudioPath, MasterGainActsOnTheListenerAlone) {

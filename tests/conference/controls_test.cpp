@@ -81,30 +81,24 @@ TEST(Controls, MasterGainReadsBackTruncated) {
                                        86, 92, 98, 99));
 }
 
-TEST(Controls, AutomaticEqualiserIsRefusedBehindAnInputResampler) {
-    engine engine;
-    engine.add(1, 1, QNL_PARTICIPANT_REGULAR, 16000);
-    engine.add(2, 1, QNL_PARTICIPANT_LISTENER_ONLY, 16000);
-    log_capture log;
-    for (const int value : {0, 1, 7})
-        EXPECT_EQ(engine.set(1, QNL_CONTROL_AUTO_EQ_ENABLE, value), QNL_ERROR_INVALID_CONTROL);
-    EXPECT_EQ(log.take().front(),
-              "WARNING: The Auto EQ effect is only available for 48 kHz inputs currently. "
-              "It will not be enabled for participant 1");
-    EXPECT_EQ(engine.set(2, QNL_CONTROL_AUTO_EQ_ENABLE, 1), QNL_ERROR_NONE) << "a listener has no resampler";
-}
-
-TEST(Controls, SetForAllStopAtARaisedRefusalOnly) {
+TEST(Controls, AutomaticEqualiserIsRefusedBehindAnInputResamplerWhichStopsASettingForAll) {
     engine engine({1});
     engine.add(2, 1, QNL_PARTICIPANT_REGULAR, 16000);
-    engine.add(3);
+    engine.add(3, 1, QNL_PARTICIPANT_LISTENER_ONLY, 16000);
+    log_capture log;
+    for (const int value : {0, 1, 7})
+        EXPECT_EQ(engine.set(2, QNL_CONTROL_AUTO_EQ_ENABLE, value), QNL_ERROR_INVALID_CONTROL);
+    EXPECT_EQ(log.take().front(),
+              "WARNING: The Auto EQ effect is only available for 48 kHz inputs currently. "
+              "It will not be enabled for participant 2");
     const auto set_all = [&](qnl_audio_control all, int value) {
         return qnl_set_all_participants_state(engine.handle(), 1, all, value);
     };
     EXPECT_EQ(set_all(QNL_CONTROL_AUTO_EQ_ENABLE, 1), QNL_ERROR_INVALID_CONTROL);
     EXPECT_EQ(engine.get(1, QNL_CONTROL_AUTO_EQ_ENABLE), 1);
     EXPECT_EQ(engine.get(3, QNL_CONTROL_AUTO_EQ_ENABLE), 0);
-    EXPECT_EQ(set_all(QNL_CONTROL_MIXING_3D_ATTENUATION, 40), QNL_ERROR_NONE);
+    EXPECT_EQ(engine.set(3, QNL_CONTROL_AUTO_EQ_ENABLE, 1), QNL_ERROR_NONE) << "a listener has no resampler";
+    EXPECT_EQ(set_all(QNL_CONTROL_MIXING_3D_ATTENUATION, 40), QNL_ERROR_NONE) << "stored and refused goes on";
     EXPECT_EQ(engine.get(3, QNL_CONTROL_MIXING_3D_ATTENUATION), 40);
 }
 

@@ -14,9 +14,19 @@ namespace {
 
 using namespace test_kit;
 
-TEST(RealTime, AudioCallsAllocateTheMixesBlocksOnly) {
+void turn_everything_on(engine& engine, int people) {
+    for (int id = 1; id <= people; ++id) {
+        for (const qnl_audio_control stage :
+             {QNL_CONTROL_ANC_ENABLE, QNL_CONTROL_AGC_ENABLE, QNL_CONTROL_AUTO_EQ_ENABLE})
+            engine.set(id, stage, 1);
+        engine.set(id, QNL_CONTROL_DEVICE, QNL_DEVICE_SPEAKER);
+    }
+}
+
+TEST(RealTime, AudioCallsAllocateTheMixesBlocksOnlyWithEveryStageOn) {
     engine engine({1, 2, 1, 2, 1});
     constexpr int people = 5;
+    turn_everything_on(engine, people);
     const std::vector<float> block(960, 0.1F);
     std::vector<float> output(960);
     for (int period = 0; period < 4; ++period) {
@@ -65,17 +75,20 @@ TEST(RealTime, TheHostsFloatingPointSettingComesBackOnEveryWayOut) {
 }
 #endif
 
-/// What a conference with every mixing rule in use gives, all blocks one after the other.
+/// What a conference with every mixing rule and every stage in use gives, all blocks one after the other.
 std::vector<float> rendered_conference() {
-    engine engine({1, 2, 1, 2}, {48000, 512, 2, true, 1});
+    engine engine({1, 2, 1, 2}, {24000, 240, 2, true, 1});
+    engine.add(5, 1, QNL_PARTICIPANT_REGULAR, 16000);
+    turn_everything_on(engine, 5);
     engine.set(3, QNL_CONTROL_WHISPER_ROOM, 1);
     engine.set(4, QNL_CONTROL_MASTER_GAIN, 33);
     engine.set(2, QNL_CONTROL_MIXING_3D_ENABLE, 1);
     std::vector<float> mixes;
-    for (std::uint32_t period = 0; period < 8; ++period) {
+    for (std::uint32_t period = 0; period < 40; ++period) {
         for (std::uint32_t id = 1; id <= 4; ++id)
-            engine.push(static_cast<int>(id), noise(1024, 7 * period + id, 2.0F), 512);
-        for (int id = 1; id <= 4; ++id) {
+            engine.push(static_cast<int>(id), noise(960, 7 * period + id, 0.7F), 480);
+        engine.push(5, noise(160, period));
+        for (int id = 1; id <= 5; ++id) {
             const auto mix = engine.pull(id).samples;
             mixes.insert(mixes.end(), mix.begin(), mix.end());
         }

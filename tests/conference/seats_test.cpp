@@ -167,11 +167,9 @@ TEST_F(Positions, OfFarSourcesReadBackWholeAndSomeReadersAreRefused) {
     add(1);
     add(2);
     add(3, 1, QNL_PARTICIPANT_SOURCE_ONLY);
-    for (const int distance : {299, 300, 1000}) {
-        place(2, {0, 0, distance});
-        pull(1);
-        EXPECT_THAT(heard(1, 2), ElementsAre(0, 0, distance));
-    }
+    place(2, {0, 0, 1000});
+    pull(1);
+    EXPECT_THAT(heard(1, 2), ElementsAre(0, 0, 1000));
     int unused = 0;
     const auto code_of = [&](int listener, int source) {
         return qnl_get_participant_spherical(handle(), 1, listener, source, &unused, &unused, &unused);

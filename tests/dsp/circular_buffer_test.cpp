@@ -16,18 +16,19 @@ std::vector<float> rising(int n, float first) {
 }
 
 TEST(CircularBuffer, FullRingIsFullByCounterAndEmptyByDistance) {
-    circular_buffer ring(1, 8);
-    const std::vector<float> in = rising(8, 1.0F);
-    EXPECT_EQ(ring.calc_space_circ_buf(), 8);
-    EXPECT_EQ(ring.write_BLOCK(in.data(), 8), 8);
+    circular_buffer ring(1, 4);
+    std::vector<float> in = rising(4, 1.0F);
+    const std::vector<float> more = rising(3, 11.0F);
+    EXPECT_EQ(ring.calc_space_circ_buf(), 4);
+    EXPECT_EQ(ring.write_BLOCK(in.data(), 4), 4);
     EXPECT_EQ(ring.calc_amount_data_circ_buf(), 0);
-    EXPECT_EQ(ring.calc_space_circ_buf(), 8);
+    EXPECT_EQ(ring.calc_space_circ_buf(), 4);
     EXPECT_EQ(ring.write_BLOCK(in.data(), 1), 0);
-    std::vector<float> out(8);
-    EXPECT_EQ(ring.read_BLOCK(out.data(), 8), 8);
-    EXPECT_EQ(out, in);
-    EXPECT_EQ(ring.read_BLOCK(out.data(), 1), 0);
-    EXPECT_EQ(out, in);
+    const float* pointers[] = {more.data()};
+    EXPECT_EQ(ring.write_POINTER(pointers, 3), 3); // by the distance there is room
+    EXPECT_EQ(ring.calc_amount_data_circ_buf(), 3);
+    EXPECT_EQ(ring.read_BLOCK(in.data(), 4), 4);
+    EXPECT_EQ(in, (std::vector<float>{11, 12, 13, 4}));
 }
 
 TEST(CircularBuffer, TransfersAreAllOrNothing) {
@@ -35,16 +36,14 @@ TEST(CircularBuffer, TransfersAreAllOrNothing) {
     const std::vector<float> in = rising(8, 1.0F);
     std::vector<float> out(8, -1.0F);
     EXPECT_EQ(ring.write_BLOCK(in.data(), 5), 5);
-    EXPECT_EQ(ring.write_BLOCK(in.data(), 4), 0);
+    for (const int too_many : {4, INT_MAX})
+        EXPECT_EQ(ring.write_BLOCK(in.data(), too_many), 0);
+    for (const int too_many : {6, INT_MAX})
+        EXPECT_EQ(ring.read_BLOCK(out.data(), too_many), 0);
     EXPECT_EQ(ring.calc_amount_data_circ_buf(), 5);
     EXPECT_EQ(ring.calc_space_circ_buf(), 3);
-    EXPECT_EQ(ring.read_BLOCK(out.data(), 6), 0);
-    EXPECT_EQ(out, std::vector<float>(8, -1.0F));
-    EXPECT_EQ(ring.write_BLOCK(in.data(), INT_MAX), 0);
-    EXPECT_EQ(ring.read_BLOCK(out.data(), INT_MAX), 0);
     EXPECT_EQ(ring.read_BLOCK(out.data(), 5), 5);
-    EXPECT_EQ(out[4], 5.0F);
-    EXPECT_EQ(out[5], -1.0F);
+    EXPECT_EQ(out, (std::vector<float>{1, 2, 3, 4, 5, -1, -1, -1}));
 }
 
 TEST(CircularBuffer, BlocksAcrossTheWrapComeOutWholeForEveryChannel) {
@@ -52,20 +51,18 @@ TEST(CircularBuffer, BlocksAcrossTheWrapComeOutWholeForEveryChannel) {
     constexpr int frames = 5;
     circular_buffer ring(channels, 16);
     for (int round = 0; round < 40; ++round) {
-        const auto first = static_cast<float>(100 * round);
-        const std::vector<float> one = rising(channels * frames, first);
-        const std::vector<float> two = rising(channels * frames, first + 50.0F);
+        const std::vector<float> one = rising(channels * frames, static_cast<float>(100 * round));
+        const std::vector<float> two = rising(channels * frames, static_cast<float>(100 * round + 50));
         ASSERT_EQ(ring.write_BLOCK(one.data(), frames), frames);
         ASSERT_EQ(ring.write_BLOCK(two.data(), frames), frames);
-        std::vector<float> out(2 * channels * frames);
-        ASSERT_EQ(ring.read_BLOCK(out.data(), 2 * frames), 2 * frames);
+        std::vector<float> expected;
         for (int channel = 0; channel < channels; ++channel)
-            for (int i = 0; i < frames; ++i) {
-                const auto at = static_cast<std::size_t>(channel * frames + i);
-                const auto joined = static_cast<std::size_t>(2 * channel * frames + i);
-                ASSERT_EQ(out[joined], one[at]);
-                ASSERT_EQ(out[joined + frames], two[at]);
-            }
+            for (const auto* block : {&one, &two})
+                expected.insert(expected.end(), block->begin() + channel * frames,
+                                block->begin() + (channel + 1) * frames);
+        std::vector<float> out(expected.size());
+        ASSERT_EQ(ring.read_BLOCK(out.data(), 2 * frames), 2 * frames);
+        ASSERT_EQ(out, expected);
     }
 }
 
@@ -100,34 +97,21 @@ TEST(CircularBuffer, CountsBelowOneAndNullMoveNothing) {
         EXPECT_EQ(ring.read_BLOCK(block.data(), n), n);
         EXPECT_EQ(ring.write_POINTER(pointers, n), n);
         EXPECT_EQ(ring.read_POINTER(pointers, n), n);
+    }
+    for (const int n : {1, 0, -1}) {
         EXPECT_EQ(ring.write_BLOCK(nullptr, n), 0);
+        EXPECT_EQ(ring.read_BLOCK(nullptr, n), 0);
         EXPECT_EQ(ring.read_POINTER(nullptr, n), 0);
         EXPECT_EQ(ring.write_POINTER(half_null, n), 0);
     }
-    EXPECT_EQ(ring.read_BLOCK(nullptr, 1), 0);
-    EXPECT_EQ(ring.write_POINTER(half_null, 1), 0);
     EXPECT_EQ(block, rising(8, 1.0F));
     EXPECT_EQ(ring.calc_amount_data_circ_buf(), 4);
     EXPECT_EQ(ring.write_BLOCK(block.data(), 4), 4); // room by the counter is what it was
 }
 
-TEST(CircularBuffer, PointerWriteOverwritesARingThatIsFullByCounter) {
-    circular_buffer ring(1, 4);
-    const std::vector<float> in = rising(4, 1.0F);
-    const std::vector<float> more = rising(3, 11.0F);
-    const float* pointers[] = {more.data()};
-    ASSERT_EQ(ring.write_BLOCK(in.data(), 4), 4);
-    EXPECT_EQ(ring.write_POINTER(pointers, 3), 3);
-    EXPECT_EQ(ring.calc_amount_data_circ_buf(), 3);
-    std::vector<float> out(4);
-    EXPECT_EQ(ring.write_BLOCK(in.data(), 1), 0);
-    EXPECT_EQ(ring.read_BLOCK(out.data(), 4), 4);
-    EXPECT_EQ(out, (std::vector<float>{11, 12, 13, 4}));
-}
-
 TEST(CircularBufferDeathTest, SizesThatAreNoPowerOfTwoEndTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (const int size : {0, 3, 480, -1, -8, INT_MIN})
+    for (const int size : {0, 480, -8})
         EXPECT_DEATH(circular_buffer(1, size), "") << size;
 }
 

@@ -89,13 +89,18 @@ TEST(DiscreteTransform, EqualsTheDefiningSumOnEveryTargetWithTheSameBits) {
     }
 }
 
-TEST(DiscreteTransform, OfRealSamplesIsConjugateSymmetricOnEveryTargetWithTheSameBits) {
+TEST(DiscreteTransform, OfRealSamplesIsConjugateSymmetricAndComesBackOnEveryTargetWithTheSameBits) {
     for (const int n : {4, 8, 64, 128, 512, 960, 2048}) {
         const auto count = static_cast<std::size_t>(n);
         const std::vector<float> in = test_kit::noise(count, 3);
         const spectrum sums = transform_by_definition(with_zero_imaginary_part(in), -1);
+        const spectrum any_bins = complex_noise(n, 8);
+        std::vector<float> real_parts;
+        for (const complex32f value : transform_by_definition(any_bins, 1))
+            real_parts.push_back(value.re / static_cast<float>(n));
         real_transform transform(n);
         spectrum reference(count);
+        std::vector<float> inverse_reference;
         vector_checks::on_every_target([&](const char* name) {
             spectrum out(count);
             transform.forward(in.data(), out.data());
@@ -106,9 +111,15 @@ TEST(DiscreteTransform, OfRealSamplesIsConjugateSymmetricOnEveryTargetWithTheSam
                 ASSERT_EQ(out[count - k].re, out[k].re) << n << name << k;
                 ASSERT_EQ(out[count - k].im, -out[k].im) << n << name << k;
             }
-            if (active_vector_target() == 0)
+            std::vector<float> back(count);
+            transform.inverse(any_bins.data(), back.data());
+            EXPECT_TRUE(test_kit::error_below(real_parts, back, rounding_db)) << n << name;
+            if (active_vector_target() == 0) {
                 reference = out;
+                inverse_reference = back;
+            }
             EXPECT_TRUE(test_kit::same_bits(parts_of(reference), parts_of(out))) << n << name;
+            EXPECT_TRUE(test_kit::same_bits(inverse_reference, back)) << n << name;
         });
     }
 }

@@ -123,14 +123,12 @@ TEST(ExportedFunctions, WriteNeutralValuesOnAFailure) {
     heading = {7, 7};
     position = {7, 7, 7};
     seat = {7, {7, 7, 7}, {7, 7}};
-    for (const door& function : doors) {
+    for (const door& function : doors)
         if (function.names_participant)
             function.call(engine.handle(), 1, 8);
-    }
     EXPECT_EQ(seat.id + seat.position.z + seat.heading.elevation_heading, 0);
-    EXPECT_EQ(position.x + position.y + position.z, 0);
+    EXPECT_EQ(position.x + position.y + position.z + azimuth + elevation + distance, 0);
     EXPECT_EQ(heading.azimuth_heading, 7) << "the heading is left as it was";
-    EXPECT_EQ(azimuth + elevation + distance, 0);
     EXPECT_EQ(configuration.input_number_channels, -1);
     EXPECT_EQ(configuration.type, 4);
     EXPECT_EQ(number, 0) << "of a control";

@@ -63,16 +63,13 @@ TEST(StartUp, NamesTheFirstFaultAndProposesBlocks) {
 }
 
 TEST(StartUp, DerivesTheSizesOfASource) {
-    struct sizes {
-        qnl_library_configuration configuration;
-        std::vector<int32_t> derived; // impulse response, transform, filter, partitions
-    };
-    const std::vector<sizes> table = {
-        {{48000, 480, 2, false, 3}, {2048, 1024, 2048, 4}}, {{16000, 320, 2, false, 1}, {512, 2048, 1024, 1}},
-        {{48000, 512, 2, false, 1}, {512, 1024, 512, 1}},   {{48000, 480, 2, false, 1}, {512, 1024, 512, 1}},
-        {{32000, 683, 2, false, 5}, {8192, 2048, 8192, 8}}, {{8000, 160, 2, false, 4}, {4096, 2048, 4096, 4}},
-        {{24000, 512, 2, false, 2}, {1024, 2048, 1024, 1}},
-    };
+    const std::vector<std::pair<qnl_library_configuration, std::array<int32_t, 4>>> table = {
+        {{48000, 480, 2, false, 3}, {2048, 1024, 2048, 4}},
+        {{16000, 320, 2, false, 1}, {512, 2048, 1024, 1}},
+        {{48000, 512, 2, false, 1}, {512, 1024, 512, 1}},
+        {{32000, 683, 2, false, 5}, {8192, 2048, 8192, 8}},
+        {{8000, 160, 2, false, 4}, {4096, 2048, 4096, 4}},
+        {{24000, 512, 2, false, 2}, {1024, 2048, 1024, 1}}};
     for (const auto& [configuration, derived] : table) {
         const auto common = quenlis_common_object::derive(configuration);
         EXPECT_THAT(derived, ElementsAre(common.ir_length, common.fft_size, common.filter_length,

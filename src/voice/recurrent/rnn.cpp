@@ -20,15 +20,18 @@ quenlis_rnn::quenlis_rnn(int block_size, int channels)
       output_ring_(1, ring_size) {}
 
 float quenlis_rnn::process(float* in, float* out) {
-    float voice_probability = 0.0F;
-    if (block_size_ == frame_)
-        voice_probability = run_frame(in, out);
-    else if (block_size_ == 2 * frame_)
-        voice_probability = std::max(run_frame(in, out), run_frame(in + frame_, out + frame_));
-    else
-        voice_probability = process_through_rings(in, out);
+    const bool whole_frames = block_size_ == frame_ || block_size_ == 2 * frame_;
+    const float voice_probability =
+        whole_frames ? process_whole_frames(in, out) : process_through_rings(in, out);
     if (channels_ >= 2)
         qnl_copy(in, in + block_size_, block_size_);
+    return voice_probability;
+}
+
+float quenlis_rnn::process_whole_frames(const float* in, float* out) {
+    float voice_probability = 0.0F;
+    for (int32_t start = 0; start < block_size_; start += frame_)
+        voice_probability = std::max(voice_probability, run_frame(in + start, out + start));
     return voice_probability;
 }
 

@@ -31,6 +31,7 @@ public:
 
 private:
     float run_frame(const float* src, float* dst);
+    float process_whole_frames(const float* in, float* out);
     float process_through_rings(const float* in, float* out);
 
     static constexpr int frame_ = denoiser_spectrum::frame_size;

@@ -1,0 +1,185 @@
+#include "voice/recurrent/rnn.h"
+
+#include "dsp/flush_to_zero.h"
+#include "dsp/vector_targets.h"
+#include "kit/allocation_counter.h"
+#include "kit/compare.h"
+#include "kit/signals.h"
+#include "voice/recurrent/network.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace test_kit;
+using samples = std::vector<float>;
+
+struct outcome {
+    samples heard;
+    samples voice;
+    std::vector<int> pitch;
+};
+
+outcome listen(const samples& in, size_t block = 480) {
+    quenlis_rnn denoiser(static_cast<int>(block), 1);
+    outcome result;
+    result.heard = in;
+    for (size_t start = 0; start + block <= in.size(); start += block) {
+        result.voice.push_back(denoiser.process(&result.heard[start], &result.heard[start]));
+        result.pitch.push_back(denoiser.get_pitch());
+    }
+    return result;
+}
+
+samples cut(const samples& x, size_t from, size_t to) {
+    return {x.begin() + static_cast<std::ptrdiff_t>(from), x.begin() + static_cast<std::ptrdiff_t>(to)};
+}
+
+/// A voice of constant pitch: pulses through a resonance.
+samples vowel(size_t frames, double hz) {
+    samples x(frames);
+    double phase = 0;
+    float y1 = 0;
+    float y2 = 0;
+    for (float& sample : x) {
+        phase += hz / 48000;
+        const float pulse = phase >= 1 ? 0.2F : 0.0F;
+        phase -= std::floor(phase);
+        const float y = pulse + 1.9F * y1 - 0.92F * y2;
+        y2 = y1;
+        y1 = y;
+        sample = y;
+    }
+    return x;
+}
+
+TEST(RecurrentDenoiser, FindsThePitchOfVowels) {
+    for (const double hz : {70.0, 110.0, 155.0, 222.0, 340.0}) {
+        const outcome result = listen(vowel(48000, hz));
+        EXPECT_NEAR(result.pitch.back(), hz, 0.02 * hz + 1) << "a whole number of samples, cut to whole Hz";
+    }
+}
+
+TEST(RecurrentDenoiser, TellsVoiceFromSilenceAtOnce) {
+    samples x = vowel(48000, 140.0);
+    std::fill(x.begin() + 24000, x.end(), 0.0F);
+    const outcome result = listen(x);
+    EXPECT_GT(*std::min_element(result.voice.begin() + 5, result.voice.begin() + 49), 0.85F);
+    // The last block of voice rings on in the analysis window and the high-pass.
+    EXPECT_THAT(samples(result.voice.begin() + 56, result.voice.end()), testing::Each(testing::Lt(0.025F)));
+    EXPECT_THAT(result.pitch, testing::Each(testing::AllOf(testing::Ge(62), testing::Le(800))));
+    EXPECT_THAT(listen(samples(48000)).voice, testing::Each(0.0F));
+}
+
+TEST(RecurrentDenoiser, IsLateByItsLatencyInEveryBlockLength) {
+    const samples voice = speech_like(48000, 3);
+    for (const auto& [block, latency] :
+         {std::pair<size_t, size_t>{480, 480}, {960, 480}, {512, 992}, {1024, 1504}}) {
+        const outcome result = listen(voice, block);
+        EXPECT_EQ(find_delay(voice, result.heard, 3000), latency) << block;
+        if (block == 512 || block == 1024) {
+            EXPECT_TRUE(same_bits(cut(voice, 0, block), cut(result.heard, 0, block)))
+                << "the first block passes dry";
+        }
+    }
+    EXPECT_TRUE(same_bits(listen(voice, 480).heard, listen(voice, 960).heard));
+}
+
+TEST(RecurrentDenoiser, KeepsSilentFramesWholeAndCutsActiveOnesAt20Kilohertz) {
+    const samples faint = sine(48000, 21000.0, 2e-5F); // below the threshold of silence
+    const samples loud = sine(48000, 21000.0, 0.2F);
+    EXPECT_NEAR(gain_db_at(cut(faint, 4800, 43200), cut(listen(faint).heard, 4800, 43200), 21000.0), 0.0,
+                0.1);
+    samples with_voice = vowel(48000, 140.0);
+    for (size_t i = 0; i < loud.size(); ++i)
+        with_voice[i] += 0.1F * loud[i];
+    EXPECT_LT(gain_db_at(cut(with_voice, 4800, 43200), cut(listen(with_voice).heard, 4800, 43200), 21000.0),
+              -40.0);
+}
+
+TEST(RecurrentDenoiser, NeitherAllocatesNorDependsOnTheInstructionSet) {
+    const samples voice = speech_like(24000, 4);
+    const outcome reference = listen(voice);
+    const int former = active_vector_target();
+    for (int target = 0; target < vector_target_count(); ++target) {
+        select_vector_target(target);
+        const outcome result = listen(voice);
+        EXPECT_TRUE(same_bits(reference.heard, result.heard)) << vector_target_name(target);
+        EXPECT_TRUE(same_bits(reference.voice, result.voice)) << vector_target_name(target);
+        EXPECT_EQ(reference.pitch, result.pitch) << vector_target_name(target);
+    }
+    select_vector_target(former);
+    quenlis_rnn denoiser(1024, 2);
+    samples x = planar(cut(voice, 0, 1024), cut(voice, 5000, 6024));
+    samples out(2048, 9.0F);
+    const allocation_counter heap;
+    denoiser.process(x.data(), out.data());
+    EXPECT_EQ(heap.allocations(), 0U);
+    EXPECT_TRUE(same_bits(cut(x, 0, 1024), cut(x, 1024, 2048)));
+}
+
+TEST(RecurrentDenoiser, CopiesTheFirstChannelOfItsInputAlsoWhenItOnlyListens) {
+    quenlis_rnn denoiser(480, 2);
+    const samples left = noise(480, 5);
+    samples x = planar(left, noise(480, 6));
+    samples scratch(960, 7.0F);
+    denoiser.process(x.data(), scratch.data());
+    EXPECT_TRUE(same_bits(planar(left, left), x)) << "otherwise untouched";
+    EXPECT_THAT(cut(scratch, 480, 960), testing::Each(7.0F))
+        << "the second channel of a scratch block is left alone";
+}
+
+TEST(TableActivations, FollowTheFunctionsAndSaturate) {
+    for (double x = -9.0; x < 9.0; x += 0.0137) {
+        EXPECT_NEAR(tansig_approx(static_cast<float>(x)), std::tanh(x), 3e-6);
+        EXPECT_NEAR(sigmoid_approx(static_cast<float>(x)), 1 / (1 + std::exp(-x)), 2e-6);
+    }
+    EXPECT_EQ(tansig_approx(8.0F), 1.0F);
+    EXPECT_EQ(tansig_approx(-8.0F), -1.0F);
+    EXPECT_EQ(tansig_approx(std::nanf("")), 1.0F);
+    EXPECT_EQ(tansig_approx(-0.5F), -tansig_approx(0.5F));
+}
+
+TEST(RecurrentNetwork, RunsAGatedLayerAsDefined) {
+    constexpr int n = 5;
+    constexpr int inputs = 3;
+    std::vector<std::int8_t> weights;
+    for (int i = 0; i < (inputs + n + 1) * 3 * n; ++i)
+        weights.push_back(static_cast<std::int8_t>(i * 37 % 251 - 125));
+    const std::int8_t* const input_weights = weights.data();
+    const std::int8_t* const recurrent_weights = input_weights + inputs * 3 * n;
+    const std::int8_t* const bias = recurrent_weights + n * 3 * n;
+    const rnn_gru_layer layer = {bias, input_weights, recurrent_weights, inputs, n, 2};
+    samples state(128);
+    std::vector<double> expected(n);
+    for (const float level : {0.7F, -1.2F, 0.0F}) {
+        const samples in = {level, 0.0F, 0.4F};
+        compute_gru(layer, state.data(), in.data());
+        const auto sum = [&](int gate, int i, const std::vector<double>& remembered) {
+            const int column = gate * n + i;
+            double total = bias[column];
+            for (int j = 0; j < inputs; ++j)
+                total += input_weights[j * 3 * n + column] * in[static_cast<size_t>(j)];
+            for (int j = 0; j < n; ++j)
+                total += recurrent_weights[j * 3 * n + column] * remembered[static_cast<size_t>(j)];
+            return total / 256;
+        };
+        const auto sigmoid = [](double x) { return 1 / (1 + std::exp(-x)); };
+        std::vector<double> remembered;
+        for (int i = 0; i < n; ++i)
+            remembered.push_back(sigmoid(sum(1, i, expected)) * expected[static_cast<size_t>(i)]);
+        std::vector<double> next;
+        for (int i = 0; i < n; ++i) {
+            const double z = sigmoid(sum(0, i, expected));
+            next.push_back(z * expected[static_cast<size_t>(i)] +
+                           (1 - z) * std::max(0.0, sum(2, i, remembered)));
+        }
+        expected = next;
+        for (size_t i = 0; i < n; ++i)
+            EXPECT_NEAR(state[i], expected[i], 1e-5);
+    }
+}
+
+} // namespace
