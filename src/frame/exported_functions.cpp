@@ -26,12 +26,12 @@ qnl_error_code forward(qnl_handle handle, qnl_error_code (quenlis_sound_manager:
 
 // ---- Lifetime and logging
 
-qnl_handle qnl_initialize_library(const char* room_layout_path, const char* /*websocket_config_path*/,
+qnl_handle qnl_initialize_library(const char* room_layout_path, const char* websocket_config_path,
                                   qnl_library_configuration configuration, int* error_code) {
     qnl_handle handle = nullptr;
     qnl_error_code code = QNL_ERROR_NONE;
     try {
-        handle = new quenlis_sound_manager(room_layout_path, configuration);
+        handle = new quenlis_sound_manager(room_layout_path, websocket_config_path, configuration);
     } catch (const quenlis_exception& failure) {
         code = failure.code();
     }

@@ -7,6 +7,7 @@
 #include "frame/common_object.h"
 #include "frame/shared_lock.h"
 #include "quenlis.h"
+#include "remote/websocket_server.h"
 
 #include <cstdint>
 #include <memory>
@@ -28,8 +29,10 @@ inline qnl_participant_configuration unknown_participant_configuration() {
 class quenlis_sound_manager {
 public:
     /// Raises quenlis_exception at QNL_LOG_ERROR for a refused configuration. A bad layout file is logged and
-    /// replaced by the fallback layout. @param room_layout_path  may be null
-    quenlis_sound_manager(const char* room_layout_path, qnl_library_configuration configuration);
+    /// replaced by the fallback layout; with a bad control server configuration there is no control server, and
+    /// the log says so. @param room_layout_path, websocket_config_path  may be null
+    quenlis_sound_manager(const char* room_layout_path, const char* websocket_config_path,
+                          qnl_library_configuration configuration);
     quenlis_sound_manager(const quenlis_sound_manager&) = delete;
     quenlis_sound_manager& operator=(const quenlis_sound_manager&) = delete;
 
@@ -38,6 +41,9 @@ public:
     const quenlis_room_layout* get_room_layout(int32_t layout_id) const;
     /// The document of all layouts as one line of JSON.
     const std::string& room_layouts_text() const { return room_layouts_text_; }
+    /// Where remote clients come in, or null without a usable control server configuration. Lives as long as
+    /// the manager and is none of its observers.
+    qnl_websocket_server* websocket_server() const { return websocket_server_.get(); }
 
     qnl_error_code create_room(int32_t room_id);
     qnl_error_code destroy_room(int32_t room_id);
@@ -92,6 +98,7 @@ private:
     void load_room_layouts(const char* path);
     void read_room_layouts(const char* path);
     void init_room_layouts();
+    void start_websocket_server(const char* path);
 
     using room_list = std::vector<std::unique_ptr<quenlis_room>>;
     room_list::iterator find_room(int32_t room_id);
@@ -110,8 +117,15 @@ private:
                                 quenlis_data_type type);
     static qnl_error_code refuse_websockets();
 
+    struct stop_and_delete {
+        void operator()(qnl_websocket_server* server) const {
+            server->stop();
+            delete server;
+        }
+    };
+
     std::vector<qnl_event_manager*> event_managers_; // in order of registration, not owned
-    // Place of the control server object.
+    std::unique_ptr<qnl_websocket_server, stop_and_delete> websocket_server_; // ends after rooms and layouts
     std::vector<std::unique_ptr<quenlis_room_layout>> room_layouts_;
     const quenlis_room_layout* default_room_layout_ = nullptr;
     quenlis_common_object common_{}; // outlives the rooms, which point at it

@@ -1,4 +1,4 @@
-// How a sound manager starts: the configuration is checked, the room layouts are read.
+// How a sound manager starts: the configuration is checked, room layouts and control server are read.
 #include "dsp/vector_primitives.h"
 #include "frame/exception.h"
 #include "frame/integers.h"
@@ -57,11 +57,11 @@ json fallback_document() {
 
 } // namespace
 
-quenlis_sound_manager::quenlis_sound_manager(const char* room_layout_path,
+quenlis_sound_manager::quenlis_sound_manager(const char* room_layout_path, const char* websocket_config_path,
                                              qnl_library_configuration configuration) {
     validate(configuration);
     load_room_layouts(room_layout_path);
-    // Place of the control server object, built under a guard of its own.
+    start_websocket_server(websocket_config_path);
     start_vector_layer_once();
     common_ = quenlis_common_object::derive(configuration);
 }
@@ -147,4 +147,15 @@ const quenlis_room_layout* quenlis_sound_manager::get_room_layout(int32_t layout
     const auto found = std::find_if(room_layouts_.begin(), room_layouts_.end(),
                                     [layout_id](const auto& layout) { return layout->id() == layout_id; });
     return found != room_layouts_.end() ? found->get() : nullptr;
+}
+
+void quenlis_sound_manager::start_websocket_server(const char* path) {
+    try {
+        websocket_server_.reset(new qnl_websocket_server(path));
+        websocket_server_->set_sound_manager(this);
+    } catch (const std::exception&) {
+        qnl_logger::get_logger().log(QNL_LOG_WARNING,
+                                     "The library will work properly except qnl_enable_websockets and "
+                                     "qnl_send_custom_websocket_event");
+    }
 }

@@ -63,11 +63,11 @@ private:
     int32_t block_size_;
     float smoothing_; // of the measured curve, a time constant of three seconds of speech
     int32_t pitch_estimate_ = 124;
-    float pitch_history_[pitches_];
+    float pitch_history_[pitches_] = {};
     int32_t pitch_index_ = 0;
-    float input_levels_[levels_];
+    float input_levels_[levels_] = {};
     int32_t input_level_index_ = 0;
-    float output_levels_[levels_];
+    float output_levels_[levels_] = {};
     int32_t output_level_index_ = 0;
     quenlis_FFT analysis_fft_; // two forward transforms: each has its own zero tail
     quenlis_FFT kernel_fft_;

@@ -9,15 +9,19 @@ namespace {
 constexpr double per_44100_hz = 2.2675736961451248e-5;
 constexpr double instead_of_infinity = 8.999999828524175e+20;
 
+double overall(int sample_rate) {
+    return sample_rate * per_44100_hz;
+}
+
 } // namespace
 
 quenlis_deesser::quenlis_deesser(int sample_rate, int channels, int block)
-    : sample_rate_(sample_rate), channels_(channels), block_(block) {
-    const double overall = sample_rate * per_44100_hz;
-    intensity_ = 8192.0 / overall * 0.03125;
-    intensity_squared_ = intensity_ * intensity_;
-    smoothing_amount_ = 0.25 / overall;
-}
+    : sample_rate_(sample_rate),
+      channels_(channels),
+      block_(block),
+      intensity_(8192.0 / overall(sample_rate) * 0.03125),
+      intensity_squared_(intensity_ * intensity_),
+      smoothing_amount_(0.25 / overall(sample_rate)) {}
 
 void quenlis_deesser::process(const float* in, float* out) {
     for (int32_t i = 0; i < block_; ++i) {

@@ -127,8 +127,10 @@ TEST(RoomLayout, ReadsDefaultStatesInAnyCase) {
 
 /// What a start with this layout file logs; the engine must be usable after it.
 std::vector<std::string> lines_of_start(const char* path) {
+    const test_kit::temporary_directory directory;
     log_capture log;
-    quenlis_sound_manager manager(path, {48000, 480, 2, false, 1});
+    quenlis_sound_manager manager(path, directory.write("server.json", "{}").c_str(),
+                                  {48000, 480, 2, false, 1});
     EXPECT_EQ(manager.create_room(1), QNL_ERROR_NONE);
     EXPECT_EQ(manager.add_participant(1, 1, "", {48000, 1, QNL_PARTICIPANT_REGULAR}), QNL_ERROR_NONE);
     EXPECT_FALSE(manager.room_layouts_text().empty());

@@ -20,11 +20,11 @@ static_assert(rnnoise_state::pitch_history == pitch_analysis::history);
 
 /// What one frame is on its way to its features and gains.
 struct frame_analysis {
-    complex32f x[bins]; // spectrum
-    complex32f p[bins]; // spectrum one pitch period earlier
-    float ex[bands];    // energies of both
-    float ep[bands];
-    float exp[bands]; // their correlation, -1 to 1
+    complex32f x[bins] = {}; // spectrum
+    complex32f p[bins] = {}; // spectrum one pitch period earlier
+    float ex[bands] = {};    // energies of both
+    float ep[bands] = {};
+    float exp[bands] = {}; // their correlation, -1 to 1
     float features[largest_rnn_layer] = {};
 };
 
