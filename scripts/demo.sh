@@ -35,11 +35,25 @@ would rather start on Wednesday, because the lift is out of order until then, an
 loudspeakers up four floors. While you talk I shall write down who does what, and send it round this evening."
 }
 
+# A talker beside a loud noise, as the room hears her with noise cancellation off and on.
+show_cleaning() {
+    local noisy="$mixes/talkers/noisy-alice.wav"
+    sox -m -v 1 "$mixes/talkers/alice.wav" -v 0.5 -t sox <(sox "$shipped/Noise.wav" -r 22050 -t sox - repeat 40) \
+        "$noisy" trim 0 10
+    for state in off on; do
+        say "A noisy talker, noise cancellation $state: $mixes/cleaning-$state/"
+        "$tool" --output-dir "$mixes/cleaning-$state" --frames 960 --listeners 1 --quiet \
+            --set "1:QNL_CONTROL_ANC_ENABLE=$([ "$state" = on ] && echo 1 || echo 0)" "$noisy"
+    done
+}
+
 hold_demo() {
     make_talkers
     say "Holding the conference: three talkers, nine recordings of alsa-utils, one listener; Noise.wav turned off"
     "$tool" --output-dir "$mixes" --frames 960 --listeners 1 --layout-file examples/conference/layouts.json \
-        --set Noise:QNL_CONTROL_MUTE_ENABLE=true "$mixes"/talkers/{alice,bob,carol}.wav "$shipped"/*.wav
+        --set Noise:QNL_CONTROL_MUTE_ENABLE=true --set QNL_CONTROL_ANC_ENABLE=1 --set QNL_CONTROL_AGC_ENABLE=1 \
+        "$mixes"/talkers/{alice,bob,carol}.wav "$shipped"/*.wav
+    show_cleaning
 }
 
 ensure_packages "${build_packages[@]}" espeak-ng sox alsa-utils
