@@ -10,7 +10,7 @@ float qnl_inner_product(const float* a, const float* b, int n);
 
 /// The product of a vector with a matrix: a row holds the weights of one input towards all outputs; the rows are walked
 /// in order and added up, each product and each sum rounded to float.
-////// out[j] += in[0] w[0][j], then in[1] w[1][j] and so on, for each output j and each of `frames` independent inputs.
+/// out[j] += in[0] w[0][j], then in[1] w[1][j] and so on, for each output j and each of `frames` independent inputs.
 /// A row whose input equals 0 is left out, so that it costs nothing and its weights need not be finite; a NaN is not
 /// equal to 0. All frames together read the weights once. The result does not depend on how many there are.
 ///

@@ -17,7 +17,7 @@ constexpr float loudness_of_nothing_db = -180.0F;
 constexpr double speech = 0.85; // voice probability
 constexpr double pause = 0.025;
 
-// The equal-loudness curve of ReplayGain for 48 kHz (D. Robinson, 2001): a tenth-order fit of the contour, then a
+// The ReplayGain equal-loudness curve for 48 kHz: a tenth-order fit of the contour, then a
 // high-pass.
 constexpr int contour_size = 11;
 constexpr float contour_a[contour_size] = {1.0F,

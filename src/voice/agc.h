@@ -14,7 +14,8 @@
 /// two, else 240.
 ///
 /// Output is 2.5 frames late: 600 samples at 480 and 960, 640 at 512 and 1024. Only the first channel is heard, on
-/// both. A NaN or infinity stays in the level estimate and the compressor for good: the object has to be made anew.
+/// both. A NaN goes by; after an infinity the compressor gives silence for good, and a sample whose square overflows
+/// leaves the gain at -35 dB for good: the object has to be made anew.
 /// Never allocates after construction. One thread at a time.
 class quenlis_agc {
 public:

@@ -6,8 +6,8 @@
 #include <cstdint>
 
 /// A compressor that works on decibels, sample by sample: threshold -15.5 dB of full scale, ratio 10 to 1, hard
-/// knee. Only the first channel is read, and is heard on both. A NaN or infinite sample stays in the filters for
-/// good, so every later sample is NaN: the object has to be made anew. One thread at a time.
+/// knee. Only the first channel is read, and is heard on both. A NaN is gone with its sample; an infinite sample
+/// silences everything behind it for good: the object has to be made anew. One thread at a time.
 class quenlis_compressor {
 public:
     /// @param sample_rate  Hz  @param channels  1 or 2  @param block  frames per call

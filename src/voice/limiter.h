@@ -7,8 +7,9 @@
 
 /// A look-ahead peak limiter. Both channels share one gain, which never exceeds 1. There is no final clipping: a
 /// sudden peak may pass a little above the threshold, since the gain is 98.7% of the way there when it leaves at
-/// the settings of a participant. An infinite sample or NaN counts as 9e20 and turns the gain down to nearly
-/// nothing, from which the release recovers; the sample itself leaves the limiter as it came. One thread at a time.
+/// the settings of a participant. An infinite sample counts as 9e20 and turns the gain down to nearly nothing,
+/// from which the release recovers; so does a NaN on the right, while one on the left goes by. The sample itself leaves
+/// the limiter as it came. One thread at a time.
 class quenlis_limiter {
 public:
     /// @param threshold_dB  ceiling in dB below full scale 1.0

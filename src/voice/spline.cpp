@@ -1,5 +1,6 @@
 #include "voice/spline.h"
 
+#undef NDEBUG // the assertions hold in every build
 #include <cassert>
 #include <cstddef>
 
@@ -8,17 +9,25 @@ hermite_spline::hermite_spline(int knots) {
         values->reserve(static_cast<std::size_t>(knots));
 }
 
-// clang-format off: the texts of failed assertions are fixed, blanks included.
+// The texts of failed assertions are fixed, without blanks.
+// clang-format off
 void hermite_spline::fit(const std::vector<double>& x, const std::vector<double>& y) {
-    assert(x.size() == y.size());
-    assert(x.size() > 2);
+    assert(x.size()==y.size());
+    assert(x.size()>2);
     m_x.assign(x.begin(), x.end());
     m_y.assign(y.begin(), y.end());
     const std::size_t last = m_x.size() - 1;
     for (std::size_t i = 0; i < last; ++i)
-        assert(m_x[i] < m_x[i + 1]);
-    // clang-format on
+        assert(m_x[i]<m_x[i+1]);
+    find_coefficients();
+    assert(m_x.size()==m_y.size());
+    assert(m_x.size()==m_b.size());
+    assert(m_x.size()>2);
+}
+// clang-format on
 
+void hermite_spline::find_coefficients() {
+    const std::size_t last = m_x.size() - 1;
     m_b.resize(last + 1);
     for (std::size_t i = 1; i < last; ++i) {
         const double h = m_x[i + 1] - m_x[i];

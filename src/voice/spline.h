@@ -11,13 +11,14 @@ public:
     explicit hermite_spline(int knots);
 
     /// @param x  at least three abscissae in rising order  @param y  as many ordinates
-    /// Ends the process in builds with assertions when these are something else.
+    /// Ends the process when these are something else.
     void fit(const std::vector<double>& x, const std::vector<double>& y);
 
     /// Evaluates at 0, 1, ... count - 1 into `out`. Beyond the knots the curve is a parabola.
     void evaluate(float* out, int count) const;
 
 private:
+    void find_coefficients();
     double at(double v, int knot) const;
 
     std::vector<double> m_x;

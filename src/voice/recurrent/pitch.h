@@ -36,7 +36,7 @@ int pitch_search(const float* x_lp, const float* y, int len, int max_pitch);
 /// Looks for a shorter true period behind a found one.
 /// @param x       the half-rate history, half_history samples
 /// @param period  in: the period found, in samples at the full rate; out: the best one, from min_period up
-/// @return the pitch gain, 0 to 1
+/// @return the pitch gain, at most 1
 float remove_doubling(const float* x, int maxperiod, int minperiod, int n, int& period, int prev_period,
                       float prev_gain);
 
