@@ -10,6 +10,7 @@
 #include <iostream>
 #include <optional>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -49,7 +50,7 @@ void log_printer::handle(qnl_log_level level, const char* message) {
     std::cerr << '[' << qnl_logger::to_string(level) << "]: " << message << '\n';
 }
 
-session::session(const options& chosen) : chosen_(chosen) {
+session::session(options chosen) : chosen_(std::move(chosen)) {
     if (chosen_.log_level) {
         qnl_enable_logging(true);
         qnl_set_log_level(*chosen_.log_level);

@@ -24,7 +24,7 @@ public:
 class session : public qnl_broadcast_target {
 public:
     /// Throws a failure.
-    explicit session(const options& chosen);
+    explicit session(options chosen);
     /// Takes the rooms down, which is an event for each.
     ~session() override;
     session(const session&) = delete;
