@@ -160,8 +160,8 @@ typedef struct qnl_seat {
 ///
 /// @param room_layout_path       room configuration file (JSON), or null. A missing or broken file is no
 ///                               failure: the library logs a warning and starts on its fallback layout
-/// @param websocket_config_path  control server configuration file (JSON), or null; not read yet, since the
-///                               control server has not been built
+/// @param websocket_config_path  control server configuration file (JSON), or null. Without a usable one there is
+///                               no control server, which the log says at QNL_LOG_WARNING
 /// @param configuration          the output format; fixed for the life of the instance
 /// @param error_code             receives QNL_ERROR_NONE or the reason of a refusal; may be null
 /// @return the handle, or null with QNL_ERROR_SAMPLE_RATE, QNL_ERROR_DATA_LENGTH, QNL_ERROR_NUM_CHANNELS or

@@ -10,7 +10,8 @@ const short eband5ms[bands] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  10, 12,
                                14, 16, 20, 24, 28, 34, 40, 48, 60, 78, 100};
 
 struct opus_fft_state {
-    explicit opus_fft_state(int points) : size(points), transform(points), scaled(qnl_make_buffer_32fc(points)) {}
+    explicit opus_fft_state(int points)
+        : size(points), transform(points), scaled(qnl_make_buffer_32fc(points)) {}
 
     int size;
     complex_transform transform;
