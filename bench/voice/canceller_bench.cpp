@@ -34,7 +34,7 @@ void canceller(benchmark::State& state) {
     const bool blas_there = has_blas();
     for (auto _ : state)
         for (int round = 0; round < rounds; ++round) {
-            const float* const audio = &in[static_cast<std::size_t>(round % 100 * block)];
+            const float* const audio = in.data() + static_cast<std::ptrdiff_t>(round % 100) * block;
             own.push_back(nanoseconds([&] { anc.process(audio, out.data()); }, 4));
             reading.push_back(nanoseconds([&] { read_weights(frames); }, 4));
             if (blas_there)
