@@ -52,19 +52,26 @@ check_tsan() {
     check_sanitizer tsan
 }
 
-# A target keeps what it learns in build/fuzz/corpus, so that the next run starts from there, and writes an
-# input that breaks something to build/fuzz/found.
+# fuzz_target <name>: keeps what it learns in build/fuzz/corpus, so that the next run starts from there, and
+# writes an input that breaks something to build/fuzz/found. Its output appears in one piece.
+fuzz_target() {
+    local name="$1" log="build/fuzz/$1.log" failed=0
+    mkdir -p "build/fuzz/corpus/$name" "build/fuzz/found/$name"
+    "build/fuzz/fuzz/fuzz_$name" -max_total_time="$fuzz_seconds" -timeout=20 -print_final_stats=1 \
+        -verbosity=0 -dict="fuzz/$name.dict" -artifact_prefix="build/fuzz/found/$name/" \
+        "build/fuzz/corpus/$name" "fuzz/corpus/$name" >"$log" 2>&1 || failed=1
+    say "Fuzzed $name for $fuzz_seconds seconds"
+    cat "$log"
+    return "$failed"
+}
+
 check_fuzz() {
-    local source name
     build fuzz
-    for source in fuzz/*.cpp; do
-        name="$(basename "$source" .cpp)"
-        say "Fuzzing $name for $fuzz_seconds seconds"
-        mkdir -p "build/fuzz/corpus/$name" "build/fuzz/found/$name"
-        "build/fuzz/fuzz/fuzz_$name" -max_total_time="$fuzz_seconds" -timeout=20 -print_final_stats=1 \
-            -verbosity=0 -dict="fuzz/$name.dict" -artifact_prefix="build/fuzz/found/$name/" \
-            "build/fuzz/corpus/$name" "fuzz/corpus/$name"
-    done
+    say "Fuzzing ($jobs targets at a time)"
+    export -f fuzz_target say
+    export fuzz_seconds
+    find fuzz -maxdepth 1 -name '*.cpp' -exec basename -s .cpp {} + | sort |
+        xargs -P "$jobs" -I '{}' bash -euo pipefail -c 'fuzz_target {}'
 }
 
 [ $# -gt 0 ] || set -- formatting tidy asan tsan fuzz

@@ -67,6 +67,8 @@ build() {
     local preset="$1" launcher=() targets=()
     shift
     if command -v ccache >/dev/null; then
+        # What one clone has compiled serves the next one.
+        export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
         launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     fi
     [ $# -eq 0 ] || targets=(--target "$@")
