@@ -2,13 +2,12 @@
 #include "cancellation.h"
 #include "report.h"
 #include "spherical_head.h"
+#include "table_file.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -32,22 +31,13 @@ std::vector<filter_row> design_table(const spherical_head& head) {
     return table;
 }
 
-void write_little_endian(std::ostream& out, float value) {
-    std::uint32_t bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    for (int shift = 0; shift < 32; shift += 8)
-        out.put(static_cast<char>(bits >> shift & 0xFFU));
-}
-
 using taps_of_row = std::array<float, row_taps> filter_row::*;
 
 void write_table(const std::filesystem::path& file, const std::vector<filter_row>& table, taps_of_row taps) {
-    std::ofstream out(file, std::ios::binary);
+    std::vector<float> values;
     for (const filter_row& row : table)
-        for (const float tap : row.*taps)
-            write_little_endian(out, tap);
-    if (!out.flush())
-        throw std::runtime_error("cannot write " + file.string());
+        values.insert(values.end(), (row.*taps).begin(), (row.*taps).end());
+    write_table_file(file, values);
 }
 
 void write_tables(const std::filesystem::path& folder, const std::vector<filter_row>& table) {
