@@ -1,0 +1,61 @@
+"""Training of the neural canceller."""
+
+import torch
+
+from canceller import Canceller, read_tables
+from corpus import Corpus
+from losses import cleaning_loss
+from mixing import Batches, Mixer
+from training_run import TrainingRun, use_device
+
+LEARNED_TRANSFORMS = {"conv1d_weights", "conv1d_1_weights"}  # begin perfect, so they change slowly
+
+
+def parameter_groups(network):
+    slow = [p for name, p in network.named_parameters() if name in LEARNED_TRANSFORMS]
+    fast = [p for name, p in network.named_parameters() if name not in LEARNED_TRANSFORMS]
+    return [{"params": fast}, {"params": slow, "factor": 0.3}]
+
+
+class Validation:
+    """A fixed set of mixtures of held-out voices and noises."""
+
+    def __init__(self, corpus, seed):
+        mixer = Mixer(corpus, "validation", 4, seed)
+        self.batches = [mixer.batch(number, 16) for number in range(4)]
+
+    def __call__(self, network, device):
+        before, after = [], []
+        with torch.no_grad():
+            for batch in self.batches:
+                mixture, target, edge = (part.to(device) for part in batch)
+                before.append(cleaning_loss(mixture, target, mixture, edge)[1])
+                after.append(cleaning_loss(network(mixture), target, mixture, edge)[1])
+        before, after = torch.cat(before), torch.cat(after)
+        alone, clean = before.abs() < 0.05, before < -25
+        noisy = ~alone & ~clean
+        return (
+            f"error {before[noisy].mean():.1f} -> {after[noisy].mean():.1f} dB in noise, "
+            f"{before[clean].mean():.1f} -> {after[clean].mean():.1f} dB clean, noise alone {after[alone].mean():.1f} dB"
+        )
+
+
+def train(arguments):
+    device = use_device()
+    corpus = Corpus(arguments.work)
+    torch.manual_seed(arguments.seed)
+    network = Canceller(read_tables(arguments.start)).to(device)
+    run = TrainingRun(
+        "canceller", network, parameter_groups(network), arguments.work, arguments.steps, arguments.rate
+    )
+    batches = Batches(Mixer(corpus, "train", arguments.seconds, arguments.seed), arguments.batch)
+    loader = torch.utils.data.DataLoader(
+        batches, batch_size=None, sampler=range(run.step, run.steps), num_workers=arguments.mixers, prefetch_factor=4
+    )
+    validation = Validation(corpus, arguments.seed + 1)
+
+    def loss_of(batch):
+        mixture, target, edge = (part.to(device) for part in batch)
+        return cleaning_loss(network(mixture), target, mixture, edge)[0]
+
+    run.run(loader, loss_of, lambda: validation(network, device))

@@ -1,0 +1,102 @@
+"""Rows for training the recurrent denoiser: features from the engine itself, ideal gains and voice from the clean side.
+
+Two roads are heard: `raw` microphones, and `cleaned` ones, that have passed the canceller that the programs were built
+with, which makes them one frame late.
+"""
+
+import subprocess
+from pathlib import Path
+
+import numpy as np
+
+from mixing import Mixer
+from recurrent import BANDS, FEATURES
+
+ROADS = {"raw": ([], 0), "cleaned": (["--through-canceller"], 1)}  # options of the program, frames of delay
+ROW = FEATURES + 2 * BANDS + 2
+BAND_TOP_HZ = 200 * np.array([1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 20, 24, 28, 34, 40, 48, 60, 78, 100, 100])
+UNKNOWN = -1.0
+INAUDIBLE = 0.05  # band energy in the engine's scale
+EXAMPLE_S, EXAMPLES = 12, 8  # in one file
+HANGOVER, ONSET = 12, 4  # frames beside voice that count neither way
+
+
+def voice_of(energy):
+    """1 where the clean talker speaks, 0 where nothing is near, unknown between; `energy` of one example's frames."""
+    level = 10 * np.log10(energy + 1e-3)
+    loud = np.percentile(level, 95)
+    if loud < 5:
+        return np.zeros(len(level), np.float32)
+    voice = np.full(len(level), UNKNOWN, np.float32)
+    voice[level > loud - 25] = 1
+    near = np.convolve(level > loud - 45, np.ones(HANGOVER + ONSET + 1), "full")[ONSET:][: len(level)] > 0
+    voice[~near & (voice < 0)] = 0
+    return voice
+
+
+def targets(heard, clean, edges_hz):
+    """Features, ideal gains and voice of the active rows of one file."""
+    energy, clean_energy = (rows[:, FEATURES : FEATURES + BANDS] for rows in (heard, clean))
+    gains = np.sqrt(np.minimum(1, clean_energy / (energy + 1e-9)))
+    per_example = len(heard) // EXAMPLES
+    edges = np.repeat(edges_hz, per_example)[: len(heard), None]
+    gains[(np.maximum(energy, clean_energy) < INAUDIBLE) | (BAND_TOP_HZ > edges)] = UNKNOWN
+    voice = np.concatenate([voice_of(part.sum(1)) for part in np.split(clean_energy, EXAMPLES)])
+    active = heard[:, -1] > 0
+    return heard[active, :FEATURES], gains[active].astype(np.float32), voice[active]
+
+
+def dump(program, options, pairs):
+    command = [str(program), *options, *(str(path) for pair in pairs for path in pair)]
+    if subprocess.run(command).returncode != 0:
+        raise SystemExit(f"{program} failed")
+    return [np.fromfile(rows, dtype="<f4").reshape(-1, ROW) for _, rows in pairs]
+
+
+def make_file(mixer, number, folder, programs, roads):
+    """Writes one file of rows for each road; it takes its name when it is whole."""
+    mixture, target, edges = mixer.batch(number, EXAMPLES)
+    sounds = {name: folder / f"{name}.f32" for name in ("mixture", "target")}
+    sounds["mixture"].write_bytes(mixture.numpy().tobytes())
+    sounds["target"].write_bytes(target.numpy().tobytes())
+    program = programs / "quenlis_features"
+    (clean,) = dump(program, [], [(sounds["target"], folder / "clean.rows")])
+    for road in roads:
+        options, late = ROADS[road]
+        (heard,) = dump(program, options, [(sounds["mixture"], folder / "heard.rows")])
+        features, gains, voice = targets(heard, np.roll(clean, late, 0), edges.numpy())
+        with open(folder / "unfinished.npz", "wb") as out:
+            np.savez(out, features=features, gains=gains, voice=voice)
+        (folder / "unfinished.npz").rename(folder / f"{road}-{number:04}.npz")
+
+
+def make_rows(corpus, split, count, work, programs, seed):
+    """Makes the files that are not there yet. @return their folder"""
+    folder = Path(work) / f"rows-{split}"
+    folder.mkdir(exist_ok=True)
+    mixer = Mixer(corpus, split, EXAMPLE_S, seed)
+    for number in range(count):
+        missing = [road for road in ROADS if not (folder / f"{road}-{number:04}.npz").is_file()]
+        if missing:
+            make_file(mixer, number, folder, Path(programs), missing)
+            print(f"rows for {split}: {number + 1} of {count}", flush=True)
+    return folder
+
+
+class Rows(dict):
+    """All rows of a split, road by road: features, gains and voice one after another."""
+
+    def __init__(self, folder):
+        for road in ROADS:
+            files = [np.load(path) for path in sorted(folder.glob(f"{road}-*.npz"))]
+            self[road] = [np.concatenate([f[part] for f in files]) for part in ("features", "gains", "voice")]
+
+    def sequences(self, number, seed, size, steps):
+        """(steps, size, ...) of each part; both roads in equal shares, from places that depend on the number alone."""
+        random = np.random.default_rng([seed, number])
+        parts = []
+        for place in range(size):
+            rows = self[list(self)[place % len(self)]]
+            start = int(random.integers(len(rows[2]) - steps))
+            parts.append([part[start : start + steps] for part in rows])
+        return [np.stack(part, 1) for part in zip(*parts)]
