@@ -1,9 +1,31 @@
 /// Writing tables of floats as data sets hold them.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <vector>
 
-/// Writes the values as raw little-endian 32-bit floats, and makes the folder where it is missing. The file appears
-/// whole or not at all. Throws std::runtime_error, naming the file, when it can't be written.
+/// A file of raw little-endian 32-bit floats that appears whole or not at all: until it is finished, the values stand
+/// under another name beside it, and without finish() they are gone. Makes the folder where it is missing.
+class table_file {
+public:
+    /// Throws std::runtime_error, naming the file, when it can't be written, as all members do.
+    explicit table_file(const std::filesystem::path& file);
+    ~table_file();
+    table_file(const table_file&) = delete;
+    table_file& operator=(const table_file&) = delete;
+
+    void append(const float* values, std::size_t count);
+
+    /// Puts the file in its place, instead of an older one.
+    void finish();
+
+private:
+    std::filesystem::path file_;
+    std::filesystem::path unfinished_;
+    std::ofstream out_;
+};
+
+/// Writes a whole table_file.
 void write_table_file(const std::filesystem::path& file, const std::vector<float>& values);
