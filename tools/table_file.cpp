@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <stdexcept>
 
 namespace {
 
@@ -20,31 +19,23 @@ void write_little_endian(std::ostream& out, float value) {
 } // namespace
 
 table_file::table_file(const std::filesystem::path& file)
-    : file_(std::filesystem::absolute(file)), unfinished_(file_) {
-    unfinished_ += ".unfinished";
-    std::filesystem::create_directories(file_.parent_path());
-    out_.open(unfinished_, std::ios::binary);
+    : file_(file), out_(file_.path(), std::ios::binary) {
     if (!out_)
-        throw std::runtime_error("cannot write " + unfinished_.string());
-}
-
-table_file::~table_file() {
-    std::error_code gone;
-    std::filesystem::remove(unfinished_, gone);
+        file_.fail();
 }
 
 void table_file::append(const float* values, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i)
         write_little_endian(out_, values[i]);
     if (!out_)
-        throw std::runtime_error("cannot write " + file_.string());
+        file_.fail();
 }
 
 void table_file::finish() {
     out_.close();
     if (!out_)
-        throw std::runtime_error("cannot write " + file_.string());
-    std::filesystem::rename(unfinished_, file_);
+        file_.fail();
+    file_.finish();
 }
 
 void write_table_file(const std::filesystem::path& file, const std::vector<float>& values) {

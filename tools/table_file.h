@@ -1,20 +1,18 @@
 /// Writing tables of floats as data sets hold them.
 #pragma once
 
+#include "unfinished_file.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <vector>
 
-/// A file of raw little-endian 32-bit floats that appears whole or not at all: until it is finished, the values stand
-/// under another name beside it, and without finish() they are gone. Makes the folder where it is missing.
+/// A file of raw little-endian 32-bit floats that appears whole or not at all.
 class table_file {
 public:
     /// Throws std::runtime_error, naming the file, when it can't be written, as all members do.
     explicit table_file(const std::filesystem::path& file);
-    ~table_file();
-    table_file(const table_file&) = delete;
-    table_file& operator=(const table_file&) = delete;
 
     void append(const float* values, std::size_t count);
 
@@ -22,8 +20,7 @@ public:
     void finish();
 
 private:
-    std::filesystem::path file_;
-    std::filesystem::path unfinished_;
+    unfinished_file file_;
     std::ofstream out_;
 };
 

@@ -15,7 +15,9 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -72,10 +74,10 @@ void write_features(const std::string& recording, const std::string& rows, bool 
 int main(int argc, char** argv) {
     try {
         CLI::App app{
-            "Writes the features of each whole frame of 480 samples as 88 little-endian floats: 42 features, "
-            "22\n"
-            "band energies, 22 pitch correlations of the bands, pitch period, 1 for an active frame or 0."};
-        std::vector<std::string> files;
+            "Writes the features of each whole frame of 480 samples as 88 little-endian floats: 42\n"
+            "features, 22 band energies, 22 pitch correlations of the bands, the pitch period in samples,\n"
+            "and 1 for an active frame or 0."};
+        std::vector<std::pair<std::string, std::string>> files;
         bool through_canceller = false;
         app.add_option("files", files,
                        "recordings, 48 kHz mono (.wav, .flac, .ogg, .f32), each before its output")
@@ -83,10 +85,10 @@ int main(int argc, char** argv) {
         app.add_flag("--through-canceller", through_canceller,
                      "clean each recording with the canceller first");
         CLI11_PARSE(app, argc, argv);
-        if (files.size() % 2 != 0)
+        if (files.back().second.empty())
             throw std::runtime_error("each recording needs an output");
-        for (std::size_t i = 0; i < files.size(); i += 2)
-            write_features(files[i], files[i + 1], through_canceller);
+        for (const auto& [in, out] : files)
+            write_features(in, out, through_canceller);
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << "quenlis_features: " << failure.what() << '\n';

@@ -21,10 +21,14 @@ public:
     /// Fills `samples` as far as the file goes, and the rest with zeros. @return the samples that came from the file
     long read(float* samples, long count);
 
+    /// All the samples that are left.
+    std::vector<float> read_all();
+
 private:
-    struct closer {
-        void operator()(SNDFILE* file) const { sf_close(file); }
-    };
     std::filesystem::path path_;
-    std::unique_ptr<SNDFILE, closer> file_;
+    std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file_;
 };
+
+/// Writes a whole WAV file of 32-bit floats at 48 kHz. Throws std::runtime_error when it can't be written, and leaves no
+/// part of it.
+void write_mono_wav(const std::filesystem::path& file, const std::vector<float>& samples);
