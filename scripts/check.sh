@@ -10,7 +10,8 @@
 source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
 
 fuzz_seconds="${QUENLIS_FUZZ_SECONDS:-60}"
-check_packages=(clang clang-format clang-tidy libclang-rt-dev)
+# The suppressors are what clang-tidy needs to read the program that compares with them.
+check_packages=(clang clang-format clang-tidy libclang-rt-dev libspeexdsp-dev libwebrtc-audio-processing-dev)
 
 check_formatting() {
     say "Checking the formatting"
