@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The slower checks: formatting, clang-tidy, every test under AddressSanitizer with
-# UndefinedBehaviorSanitizer and under ThreadSanitizer, and a minute of each fuzz target.
+# UndefinedBehaviorSanitizer and under ThreadSanitizer, the tools of training, and a minute of each fuzz target.
 # Installs the Debian packages that are missing.
 #
-#     check.sh [formatting|tidy|asan|tsan|fuzz]...     all of them when none is named
+#     check.sh [formatting|tidy|asan|tsan|training|fuzz]...     all of them when none is named
 #
 # QUENLIS_FUZZ_SECONDS in the environment changes the minute.
 # shellcheck source-path=SCRIPTDIR source=prepare.sh
@@ -12,6 +12,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/prepare.sh"
 fuzz_seconds="${QUENLIS_FUZZ_SECONDS:-60}"
 # The suppressors are what clang-tidy needs to read the program that compares with them.
 check_packages=(clang clang-format clang-tidy libclang-rt-dev libspeexdsp-dev libwebrtc-audio-processing-dev)
+training_packages=(python3-torch python3-scipy python3-soundfile)
 
 check_formatting() {
     say "Checking the formatting"
@@ -53,6 +54,14 @@ check_tsan() {
     check_sanitizer tsan
 }
 
+# The Python that Debian's packages belong to: another may come first on the path.
+check_training() {
+    ensure_packages "${training_packages[@]}"
+    build release
+    say "Running the tests of the training tools"
+    QUENLIS_BUILD="$PWD/build/release" /usr/bin/python3 tests/training/test_training.py
+}
+
 # fuzz_target <name>: keeps what it learns in build/fuzz/corpus, so that the next run starts from there, and
 # writes an input that breaks something to build/fuzz/found. Its output appears in one piece.
 fuzz_target() {
@@ -75,7 +84,7 @@ check_fuzz() {
         xargs -P "$jobs" -I '{}' bash -euo pipefail -c 'fuzz_target {}'
 }
 
-[ $# -gt 0 ] || set -- formatting tidy asan tsan fuzz
+[ $# -gt 0 ] || set -- formatting tidy asan tsan training fuzz
 for check in "$@"; do
     declare -F "check_$check" >/dev/null || fail "no such check: $check"
 done

@@ -17,27 +17,22 @@ def parameter_groups(network):
     return [{"params": fast}, {"params": slow, "factor": 0.3}]
 
 
-class Validation:
-    """A fixed set of mixtures of held-out voices and noises."""
-
-    def __init__(self, corpus, seed):
-        mixer = Mixer(corpus, "validation", 4, seed)
-        self.batches = [mixer.batch(number, 16) for number in range(4)]
-
-    def __call__(self, network, device):
-        before, after = [], []
-        with torch.no_grad():
-            for batch in self.batches:
-                mixture, target, edge = (part.to(device) for part in batch)
-                before.append(cleaning_loss(mixture, target, mixture, edge)[1])
-                after.append(cleaning_loss(network(mixture), target, mixture, edge)[1])
-        before, after = torch.cat(before), torch.cat(after)
-        alone, clean = before.abs() < 0.05, before < -25
-        noisy = ~alone & ~clean
-        return (
-            f"error {before[noisy].mean():.1f} -> {after[noisy].mean():.1f} dB in noise, "
-            f"{before[clean].mean():.1f} -> {after[clean].mean():.1f} dB clean, noise alone {after[alone].mean():.1f} dB"
-        )
+def validate(network, corpus, seed, device):
+    """Errors before and after, of a fixed set of mixtures of held-out voices and noises."""
+    mixer = Mixer(corpus, "validation", 4, seed)
+    before, after = [], []
+    with torch.no_grad():
+        for number in range(4):
+            mixture, target, edge = (part.to(device) for part in mixer.batch(number, 16))
+            before.append(cleaning_loss(mixture, target, mixture, edge)[1])
+            after.append(cleaning_loss(network(mixture), target, mixture, edge)[1])
+    before, after = torch.cat(before), torch.cat(after)
+    alone, clean = before.abs() < 0.05, before < -25
+    noisy = ~alone & ~clean
+    return (
+        f"error {before[noisy].mean():.1f} -> {after[noisy].mean():.1f} dB in noise, "
+        f"{before[clean].mean():.1f} -> {after[clean].mean():.1f} dB clean, noise alone {after[alone].mean():.1f} dB"
+    )
 
 
 def train(arguments):
@@ -52,10 +47,9 @@ def train(arguments):
     loader = torch.utils.data.DataLoader(
         batches, batch_size=None, sampler=range(run.step, run.steps), num_workers=arguments.mixers, prefetch_factor=4
     )
-    validation = Validation(corpus, arguments.seed + 1)
 
     def loss_of(batch):
         mixture, target, edge = (part.to(device) for part in batch)
         return cleaning_loss(network(mixture), target, mixture, edge)[0]
 
-    run.run(loader, loss_of, lambda: validation(network, device))
+    run.run(loader, loss_of, lambda: validate(network, corpus, arguments.seed + 1, device), arguments.validate_every)

@@ -64,4 +64,4 @@ def train(arguments):
             gains[SETTLING:], probability[SETTLING:], wanted[SETTLING:], voice[SETTLING:]
         )
 
-    run.run(batches(), loss_of, lambda: measure(network, held_out, device))
+    run.run(batches(), loss_of, lambda: measure(network, held_out, device), arguments.validate_every)

@@ -45,7 +45,7 @@ class TrainingRun:
             network.load_state_dict(state["network"])
             self.optimiser.load_state_dict(state["optimiser"])
             self.step, self.seconds = state["step"], state["seconds"]
-            print(f"{name}: going on at step {self.step} of {steps}")
+        print(f"{name}: from step {self.step} to {steps}", flush=True)
         for number in (signal.SIGINT, signal.SIGTERM):
             signal.signal(number, lambda *_: setattr(self, "stop", True))
 
@@ -59,8 +59,8 @@ class TrainingRun:
         for group, factor in zip(self.optimiser.param_groups, self.factors):
             group["lr"] = self.rate * factor * rising * falling
 
-    def run(self, batches, loss_of, validate=None, validate_every=500):
-        """`loss_of(batch)` gives a loss; `validate()` a line of text."""
+    def run(self, batches, loss_of, validate, validate_every):
+        """`loss_of(batch)` gives a loss; `validate()` a line of text, every so many steps."""
         last, saved, mean = time.monotonic(), time.monotonic(), None
         for batch in batches:
             self._set_rate()
@@ -74,7 +74,7 @@ class TrainingRun:
             now = time.monotonic()
             self.seconds, last = self.seconds + now - last, now
             self._report(mean)
-            if validate and (self.step % validate_every == 0 or self.step == self.steps):
+            if self.step % validate_every == 0:
                 print(f"\n{self.name} step {self.step}: {validate()}", flush=True)
             if now - saved > self.SAVE_EVERY_S or self.step == self.steps or self.stop:
                 self.save()
