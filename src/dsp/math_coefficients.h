@@ -21,6 +21,22 @@ constexpr double log2_series[] = {2.8853900817900800, 0.96179667335016931, 0.577
 constexpr double exp2_series[] = {0.69314721496853902,   0.24022652782516023,   0.055503105504176697,
                                   0.0096176930172179069, 0.0013406644050838482, 0.00015594665841809763};
 
+/// exp(x) = 2^(k / 32) 2^(f / 32), k whole, f from -1/2 to 1/2. What f gives is 1 + f (N0 + N1 f + N2 f^2); together
+/// they round to the float that the C library's expf gives.
+constexpr double exp_steps_per_unit = 0x1.71547652b82fep+5; // 32 / ln 2
+constexpr double exp_series[] = {0x1.62e42ff0c52d6p-6, 0x1.ebfce50fac4f3p-13, 0x1.c6af84b912394p-20};
+constexpr double exp_limit = 104.0; // the floats end before
+/// 2^(i / 32)
+constexpr double exp_fractions[] = {
+    0x1.0000000000000p+0, 0x1.059b0d3158574p+0, 0x1.0b5586cf9890fp+0, 0x1.11301d0125b51p+0,
+    0x1.172b83c7d517bp+0, 0x1.1d4873168b9aap+0, 0x1.2387a6e756238p+0, 0x1.29e9df51fdee1p+0,
+    0x1.306fe0a31b715p+0, 0x1.371a7373aa9cbp+0, 0x1.3dea64c123422p+0, 0x1.44e086061892dp+0,
+    0x1.4bfdad5362a27p+0, 0x1.5342b569d4f82p+0, 0x1.5ab07dd485429p+0, 0x1.6247eb03a5585p+0,
+    0x1.6a09e667f3bcdp+0, 0x1.71f75e8ec5f74p+0, 0x1.7a11473eb0187p+0, 0x1.82589994cce13p+0,
+    0x1.8ace5422aa0dbp+0, 0x1.93737b0cdc5e5p+0, 0x1.9c49182a3f090p+0, 0x1.a5503b23e255dp+0,
+    0x1.ae89f995ad3adp+0, 0x1.b7f76f2fb5e47p+0, 0x1.c199bdd85529cp+0, 0x1.cb720dcef9069p+0,
+    0x1.d5818dcfba487p+0, 0x1.dfc97337b9b5fp+0, 0x1.ea4afa2a490dap+0, 0x1.f50765b6e4540p+0};
+
 /// tanh(x) = x P(x^2) / Q(x^2), x from 0 to 9.0109; 3e-8.
 constexpr float tanh_numerator[] = {1.0F, 0.133832768714F, 0.00349815908154F, 2.06474166277e-5F,
                                     1.34004729887e-8F};

@@ -52,6 +52,27 @@ HWY_INLINE V tanh_of(Tag tag, V x) {
 }
 
 template <class Tag, class V>
+HWY_INLINE V exp_of(Tag tag, V x) {
+    const hn::Rebind<std::uint64_t, Tag> bits_tag;
+    const hn::Rebind<std::int64_t, Tag> index_tag;
+    const V limit = hn::Set(tag, exp_limit);
+    x = hn::IfThenElse(hn::Gt(x, limit), limit, x);
+    x = hn::IfThenElse(hn::Lt(x, hn::Neg(limit)), hn::Neg(limit), x);
+    const V shift = hn::Set(tag, rounding_shift);
+    const V steps = hn::Mul(x, hn::Set(tag, exp_steps_per_unit));
+    const V shifted = hn::Add(steps, shift);
+    const V f = hn::Sub(steps, hn::Sub(shifted, shift));
+    const auto whole = hn::BitCast(bits_tag, shifted);
+    const auto step = hn::And(whole, hn::Set(bits_tag, 31));
+    const V fraction = hn::GatherIndex(tag, exp_fractions, hn::BitCast(index_tag, step));
+    const V power =
+        hn::BitCast(tag, hn::Add(hn::BitCast(bits_tag, fraction), hn::ShiftLeft<47>(hn::Sub(whole, step))));
+    const V high = hn::Add(hn::Mul(hn::Set(tag, exp_series[2]), f), hn::Set(tag, exp_series[1]));
+    const V low = hn::Add(hn::Mul(hn::Set(tag, exp_series[0]), f), hn::Set(tag, 1.0));
+    return hn::Mul(hn::Add(hn::Mul(high, hn::Mul(f, f)), low), power);
+}
+
+template <class Tag, class V>
 HWY_INLINE V log10_of(Tag tag, V x) {
     const hn::Rebind<std::uint32_t, Tag> bits_tag;
     const hn::Rebind<std::int32_t, Tag> number_tag;
@@ -179,6 +200,16 @@ void hyperbolic_tangent(const float* a, float* d, std::size_t n) {
     });
 }
 
+void sigmoid(const float* a, float* d, std::size_t n) {
+    for_each_vector<double, 1>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+        const hn::Rebind<float, decltype(tag)> narrow;
+        const auto one = hn::Set(narrow, 1.0F);
+        const auto exponent = hn::PromoteTo(tag, hn::Neg(hn::LoadU(narrow, a + i)));
+        const auto e = hn::DemoteTo(narrow, exp_of(tag, exponent));
+        hn::StoreU(hn::Div(one, hn::Add(one, e)), narrow, d + i);
+    });
+}
+
 void common_logarithm(const float* a, float* d, std::size_t n) {
     for_each_vector<float, 2>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         hn::StoreU(log10_of(tag, hn::LoadU(tag, a + i)), tag, d + i);
@@ -239,7 +270,7 @@ void multiply_by_hann_window(float* x, std::size_t n) {
 
 const math_kernels& math_table() {
     static constexpr math_kernels table = {
-        hyperbolic_tangent, common_logarithm, power, phase, polar_to_cart, multiply_by_hann_window,
+        hyperbolic_tangent, sigmoid, common_logarithm, power, phase, polar_to_cart, multiply_by_hann_window,
     };
     return table;
 }

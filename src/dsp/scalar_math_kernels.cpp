@@ -43,6 +43,22 @@ float tanh_of(float x) {
     return std::copysign(size >= tanh_limit ? 1.0F : limited, x);
 }
 
+/// Within the range of double; beyond that of float it gives infinity and 0.
+float exp_of(float x) {
+    double y = x;
+    y = y > exp_limit ? exp_limit : y;
+    y = y < -exp_limit ? -exp_limit : y;
+    const double steps = y * exp_steps_per_unit;
+    const double shifted = steps + rounding_shift;
+    const double f = steps - (shifted - rounding_shift);
+    const auto whole = bits_as<std::uint64_t>(shifted);
+    const std::uint64_t step = whole % 32;
+    const double power =
+        bits_as<double>(bits_as<std::uint64_t>(exp_fractions[step]) + ((whole - step) << 47));
+    const double high = exp_series[2] * f + exp_series[1];
+    return static_cast<float>((high * (f * f) + (exp_series[0] * f + 1.0)) * power);
+}
+
 float log10_of(float x) {
     constexpr float denormal_scale = 33554432.0F; // 2 to the power 25
     const bool denormal = x < std::numeric_limits<float>::min();
@@ -146,6 +162,10 @@ void hyperbolic_tangent(const float* a, float* d, std::size_t n) {
     map(a, d, n, tanh_of);
 }
 
+void sigmoid(const float* a, float* d, std::size_t n) {
+    map(a, d, n, [](float x) { return 1.0F / (1.0F + exp_of(-x)); });
+}
+
 void common_logarithm(const float* a, float* d, std::size_t n) {
     map(a, d, n, log10_of);
 }
@@ -178,5 +198,5 @@ void multiply_by_hann_window(float* x, std::size_t n) {
 } // namespace
 
 const math_kernels scalar_math_kernels = {
-    hyperbolic_tangent, common_logarithm, power, phase, polar_to_cart, multiply_by_hann_window,
+    hyperbolic_tangent, sigmoid, common_logarithm, power, phase, polar_to_cart, multiply_by_hann_window,
 };

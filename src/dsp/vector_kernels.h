@@ -47,6 +47,7 @@ struct complex_kernels {
 
 struct math_kernels {
     void (*hyperbolic_tangent)(const float* a, float* d, std::size_t n);
+    void (*sigmoid)(const float* a, float* d, std::size_t n);
     void (*common_logarithm)(const float* a, float* d, std::size_t n);
     void (*power)(const float* a, const float* b, float* d, std::size_t n);
     void (*phase)(const complex32f* a, float* d, std::size_t n);

@@ -258,6 +258,11 @@ void qnl_max_every(const float* a, const float* b, float* d, int n) {
         active_kernels.arithmetic->larger(a, b, d, count(n));
 }
 
+void qnl_sigmoid(const float* a, float* d, int n) {
+    if (!nothing_to_do(a, d, n))
+        active_kernels.math->sigmoid(a, d, count(n));
+}
+
 void qnl_tanh(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
         active_kernels.math->hyperbolic_tangent(a, d, count(n));

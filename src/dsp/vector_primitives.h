@@ -125,7 +125,8 @@ void qnl_max_every(const float* a, const float* b, float* d, int n);
 
 // ---- Mathematical functions ---------------------------------------------------------------------------
 
-void qnl_tanh(const float* a, float* d, int n);  ///< within 1e-6 relative; odd; magnitude never above 1
+void qnl_sigmoid(const float* a, float* d, int n); ///< 1 / (1 + expf(-a)), to the bit
+void qnl_tanh(const float* a, float* d, int n);    ///< within 1e-6 relative; odd; magnitude never above 1
 void qnl_log10(const float* a, float* d, int n); ///< within 1e-6; zero gives -infinity, a negative value NaN
 void qnl_log10_I(float* x, int n);
 

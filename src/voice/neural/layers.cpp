@@ -113,6 +113,5 @@ void qnl_nn_helpers::dot_product(const float* in, int in_size, float* out, int o
 }
 
 void qnl_nn_helpers::sigmoid(const float* in, float* out, int n) {
-    for (int i = 0; i < n; ++i)
-        out[i] = 1.0F / (1.0F + std::exp(-in[i]));
+    qnl_sigmoid(in, out, n);
 }
