@@ -12,7 +12,7 @@ jobs="${QUENLIS_JOBS:-$(nproc)}"
 # What every build needs; the scripts add what only they use.
 # shellcheck disable=SC2034 # read by the scripts
 build_packages=(build-essential cmake ninja-build pkg-config nlohmann-json3-dev libhwy-dev robin-map-dev
-    libcli11-dev libsndfile1-dev libgtest-dev libgmock-dev libbenchmark-dev)
+    libcli11-dev libsndfile1-dev libgtest-dev libgmock-dev libbenchmark-dev python3)
 
 say() {
     printf '\n==> %s\n' "$*"

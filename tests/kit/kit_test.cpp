@@ -99,6 +99,22 @@ TEST(Signals, AreReproducibleAndFillTheirRange) {
                 AllOf(Gt(48000U / 210U), Lt(48000U / 85U)));
 }
 
+TEST(Signals, WordsRepeatAtTheirPitchAndPause) {
+    const spoken_words said = words(96000, 120.0, 3);
+    const auto part = [&](std::size_t from, std::size_t to) {
+        return std::vector<float>(said.samples.begin() + static_cast<std::ptrdiff_t>(from),
+                                  said.samples.begin() + static_cast<std::ptrdiff_t>(to));
+    };
+    EXPECT_FLOAT_EQ(peak(said.samples), 0.3F);
+    EXPECT_LT(peak(part(33000, 40000)), 1e-5F) << "a pause";
+    EXPECT_EQ(said.pitch[35000 / 480], 0.0);
+    const std::size_t vowel = 15360;
+    EXPECT_NEAR(said.pitch[vowel / 480], 120.0, 18.0);
+    const auto period =
+        300 + find_delay(part(vowel, vowel + 960), part(vowel + 300, vowel + 2000), 250).value();
+    EXPECT_NEAR(48000.0 / static_cast<double>(period), said.pitch[vowel / 480], 3.0);
+}
+
 TEST(Measurements, FindDelaysWhateverTheirGainAndTellTonesApart) {
     const std::vector<float> reference = noise(2000, 3);
     std::vector<float> delayed(480);

@@ -21,6 +21,17 @@ std::vector<float> impulse(std::size_t frames, std::size_t at = 0, float amplitu
 /// pitch wanders around 90 to 210 Hz, as `seed` picks; the peak is 0.5.
 std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double rate = 48000.0);
 
+/// Words that were never said.
+struct spoken_words {
+    std::vector<float> samples;
+    std::vector<double> pitch; // Hz, in the middle of each 480 samples; 0 where no voice sounds
+};
+
+/// Words of three syllables with pauses between them, at 48 kHz: a glottal pulse through the formants of vowels that
+/// glide into each other, and a fricative at the onset of every other syllable. Near enough to speech for what was trained on
+/// speech. The pitch moves within 15% of `hz`; the peak is 0.3.
+spoken_words words(std::size_t frames, double hz, std::uint32_t seed);
+
 /// A planar stereo block: all of `left`, then all of `right`.
 std::vector<float> planar(const std::vector<float>& left, const std::vector<float>& right);
 
