@@ -2,10 +2,15 @@
 """Trains one of the two networks on the prepared corpus. Cut off at any time, the same command goes on."""
 
 import argparse
+import os
 from pathlib import Path
 
-import canceller_training
-import recurrent_training
+# Before the libraries load: steps are too small for more than one thread, and threads that wait for each other burn time.
+for library in ("OPENBLAS", "OMP"):
+    os.environ.setdefault(f"{library}_NUM_THREADS", "1")
+
+import canceller_training  # noqa: E402
+import recurrent_training  # noqa: E402
 
 
 def arguments_of():

@@ -11,8 +11,8 @@ import torch
 
 
 def use_device():
-    """An accelerator where there is one. On the processor one thread, as the steps are too small for more, and memory
-    that is kept rather than given back after every tensor."""
+    """An accelerator where there is one. On the processor one thread, and memory that is kept rather than given back
+    after every tensor."""
     if torch.cuda.is_available():
         return torch.device("cuda")
     torch.set_num_threads(1)
