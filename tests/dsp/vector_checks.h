@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "dsp/vector_targets.h"
+#include "kit/targets.h"
 
 namespace vector_checks {
 
@@ -18,16 +18,7 @@ constexpr int longest_count = 67;
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
-/// Runs the body once on every target of this machine, then puts the former one back.
-template <class Body>
-void on_every_target(Body body) {
-    const int former = active_vector_target();
-    for (int target = 0; target < vector_target_count(); ++target) {
-        select_vector_target(target);
-        body(vector_target_name(target));
-    }
-    select_vector_target(former);
-}
+using test_kit::on_every_target;
 
 /// Equal to the bit; any NaN equals any other.
 template <class Element>

@@ -58,15 +58,14 @@ std::array<int, 3> engine::heard(int listener, int source) {
     return place;
 }
 
-qnl_error_code engine::push(int id, const std::vector<float>& samples, int frames) {
-    return qnl_input_audio_float(handle_, room, id, samples.data(),
-                                 frames != 0 ? frames : static_cast<int>(samples.size()));
+qnl_error_code engine::push(int id, const std::vector<float>& x, int frames) {
+    return qnl_input_audio_float(handle_, room, id, x.data(),
+                                 frames != 0 ? frames : static_cast<int>(x.size()));
 }
 
 pulled_block engine::pull(int id) {
-    const auto samples =
-        static_cast<size_t>(configuration_.output_number_frames * configuration_.output_number_channels);
-    pulled_block block{QNL_ERROR_NONE, std::vector<float>(samples, -99.0F)};
+    const int size = configuration_.output_number_frames * configuration_.output_number_channels;
+    pulled_block block{QNL_ERROR_NONE, std::vector<float>(static_cast<size_t>(size), -99.0F)};
     block.code = qnl_output_audio_float(handle_, room, id, block.samples.data());
     return block;
 }

@@ -44,7 +44,7 @@ public:
     std::array<int, 3> heard(int listener, int source);
 
     /// Pushes `frames` frames, or all samples as mono when `frames` is 0.
-    qnl_error_code push(int id, const std::vector<float>& samples, int frames = 0);
+    qnl_error_code push(int id, const std::vector<float>& x, int frames = 0);
     pulled_block pull(int id);
 
 private:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <numeric>
 #include <random>
 
 namespace test_kit {
@@ -30,7 +31,7 @@ double loudness(double syllable) {
     return pause ? 0.0 : std::sin(pi * (syllable - std::floor(syllable)));
 }
 
-double strength_at(const std::vector<float>& x, double hz, double rate) {
+double strength_at(const samples& x, double hz, double rate) {
     std::complex<double> sum = 0.0;
     for (std::size_t i = 0; i < x.size(); ++i) {
         const auto time = static_cast<double>(i);
@@ -41,25 +42,23 @@ double strength_at(const std::vector<float>& x, double hz, double rate) {
 }
 
 /// Largest at the true lag: no shift of a signal correlates with it more than the signal itself.
-double correlation(const std::vector<float>& reference, const std::vector<float>& delayed, std::size_t lag) {
-    double sum = 0.0;
-    for (std::size_t i = 0; i < reference.size() && lag + i < delayed.size(); ++i)
-        sum += static_cast<double>(reference[i]) * static_cast<double>(delayed[lag + i]);
-    return std::abs(sum);
+double correlation(const samples& reference, const samples& delayed, std::size_t lag) {
+    const std::size_t count = lag < delayed.size() ? std::min(reference.size(), delayed.size() - lag) : 0;
+    return std::abs(
+        std::inner_product(reference.data(), reference.data() + count, delayed.data() + lag, 0.0));
 }
 
 } // namespace
 
-std::vector<float> noise(std::size_t frames, std::uint32_t seed, float amplitude) {
+samples noise(std::size_t frames, std::uint32_t seed, float amplitude) {
     std::mt19937 random(seed);
-    std::vector<float> x(frames);
-    for (float& value : x)
-        value = static_cast<float>(next(random)) * amplitude;
+    samples x(frames);
+    std::generate(x.begin(), x.end(), [&] { return static_cast<float>(next(random)) * amplitude; });
     return x;
 }
 
-std::vector<float> sine(std::size_t frames, double hz, float amplitude, double rate) {
-    std::vector<float> x(frames);
+samples sine(std::size_t frames, double hz, float amplitude, double rate) {
+    samples x(frames);
     for (std::size_t i = 0; i < frames; ++i) {
         const double phase = 2.0 * pi * hz * static_cast<double>(i) / rate;
         x[i] = static_cast<float>(std::sin(phase)) * amplitude;
@@ -67,16 +66,16 @@ std::vector<float> sine(std::size_t frames, double hz, float amplitude, double r
     return x;
 }
 
-std::vector<float> impulse(std::size_t frames, std::size_t at, float amplitude) {
-    std::vector<float> x(frames, 0.0F);
+samples impulse(std::size_t frames, std::size_t at, float amplitude) {
+    samples x(frames, 0.0F);
     x.at(at) = amplitude;
     return x;
 }
 
-std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double rate) {
+samples speech_like(std::size_t frames, std::uint32_t seed, double rate) {
     std::mt19937 random(seed);
     const double middle_pitch = 150.0 + 40.0 * next(random);
-    std::vector<float> x(frames);
+    samples x(frames);
     double phase = 0.0;
     for (std::size_t i = 0; i < frames; ++i) {
         const double syllable = syllables_per_second * static_cast<double>(i) / rate;
@@ -91,25 +90,26 @@ std::vector<float> speech_like(std::size_t frames, std::uint32_t seed, double ra
     return x;
 }
 
-std::vector<float> planar(const std::vector<float>& left, const std::vector<float>& right) {
-    std::vector<float> x(left);
+samples planar(const samples& left, const samples& right) {
+    samples x(left);
     x.insert(x.end(), right.begin(), right.end());
     return x;
 }
 
-float peak(const std::vector<float>& x) {
-    float highest = 0.0F;
-    for (const float value : x)
-        highest = std::max(highest, std::abs(value));
-    return highest;
+samples part(const samples& x, std::size_t from, std::size_t to) {
+    return {x.data() + from, x.data() + to};
 }
 
-double gain_db_at(const std::vector<float>& in, const std::vector<float>& out, double hz, double rate) {
+float peak(const samples& x) {
+    return std::accumulate(x.begin(), x.end(), 0.0F,
+                           [](float a, float b) { return std::max(a, std::abs(b)); });
+}
+
+double gain_db_at(const samples& in, const samples& out, double hz, double rate) {
     return 20.0 * std::log10(strength_at(out, hz, rate) / strength_at(in, hz, rate));
 }
 
-std::optional<std::size_t> find_delay(const std::vector<float>& reference, const std::vector<float>& delayed,
-                                      std::size_t longest) {
+std::optional<std::size_t> find_delay(const samples& reference, const samples& delayed, std::size_t longest) {
     std::optional<std::size_t> best;
     double strongest = 0.0;
     for (std::size_t lag = 0; lag <= longest; ++lag) {
