@@ -7,7 +7,6 @@
 #include <random>
 #include <sstream>
 #include <sys/wait.h>
-#include <unistd.h>
 
 const int conference_runner::wav_float = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
 const int conference_runner::wav_16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
@@ -29,15 +28,6 @@ std::string read_text(const std::filesystem::path& path) {
     return text.str();
 }
 
-conference_runner::conference_runner() {
-    std::string name = (std::filesystem::temp_directory_path() / "quenlis_examples_XXXXXX").string();
-    folder = mkdtemp(name.data());
-}
-
-conference_runner::~conference_runner() {
-    std::filesystem::remove_all(folder);
-}
-
 void conference_runner::record(const std::string& name, const audio& content, int rate, int format) {
     const std::size_t channels = content.size();
     std::vector<float> samples(channels * content.front().size());
@@ -52,10 +42,6 @@ void conference_runner::record(const std::string& name, const audio& content, in
     ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
     sf_write_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
     sf_close(file);
-}
-
-void conference_runner::write_text(const std::string& name, const std::string& content) {
-    std::ofstream(folder / name) << content;
 }
 
 outcome conference_runner::run(const std::string& program, const std::string& arguments) {

@@ -176,20 +176,18 @@ TEST(ExportedFunctions, CopyNamesByTheirOwnCountOfLetters) {
     std::memset(text, '#', sizeof text);
     EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, 5), QNL_ERROR_NONE);
     EXPECT_EQ(std::string(text, 7), std::string("Grace\0#", 7)) << "length + 1 bytes are written";
-    EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, 4), QNL_ERROR_DATA_LENGTH);
-    EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, -1), QNL_ERROR_DATA_LENGTH);
+    for (const int too_short : {4, -1})
+        EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, too_short), QNL_ERROR_DATA_LENGTH);
     EXPECT_STREQ(text, "Grace");
-    for (const auto& [room, id] : {std::pair{1, 9}, std::pair{9, 1}}) {
+    for (const auto& [room, id] : {std::pair{1, 9}, {9, 1}}) {
         text[0] = '#';
         EXPECT_EQ(qnl_get_participant_name(engine.handle(), room, id, text, 0), QNL_ERROR_NONE);
         EXPECT_STREQ(text, "");
     }
 }
 
-TEST(ExportedFunctions, NameVersionAndCodes) {
-    EXPECT_STREQ(qnl_get_version(), "v1.0.9");
+TEST(ExportedFunctions, NameTheirCodes) {
     EXPECT_STREQ(qnl_error_code_to_string(-9999), "QNL_ERROR_HANDLE_NULL");
-    EXPECT_STREQ(qnl_error_code_to_string(-9990), "QNL_ERROR_INVALID_VALUE");
     EXPECT_STREQ(qnl_error_code_to_string(-9986), "QNL_ERROR_LIBRARY_NOT_YET_INITIALIZED");
     for (const int none : {-10000, 0, -9985, -10001, INT_MIN, INT_MAX})
         EXPECT_STREQ(qnl_error_code_to_string(none), "QNL_ERROR_NONE");
