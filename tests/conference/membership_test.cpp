@@ -38,17 +38,6 @@ TEST(Joining, RefusesWhatItCannotServe) {
     EXPECT_EQ(engine.participant_count(), 1);
 }
 
-TEST(Joining, AsksEachInputCallForTheBlockOfItsOwnRate) {
-    engine engine;
-    const std::vector<float> block(480);
-    for (const auto& [rate, frames] :
-         {std::pair{48000, 480}, {44100, 441}, {16000, 160}, {8000, 80}, {100, 1}}) {
-        ASSERT_EQ(engine.add(rate, 1, QNL_PARTICIPANT_REGULAR, rate), QNL_ERROR_NONE);
-        EXPECT_EQ(engine.push(rate, block, frames), QNL_ERROR_NONE) << rate;
-        EXPECT_EQ(engine.push(rate, block, frames + 1), QNL_ERROR_DATA_LENGTH) << rate;
-    }
-}
-
 TEST(Leaving, DropsQueuedBlocksAndThoseUntilTheReturnIsHeard) {
     for (const auto& [before, after] : {std::pair{2, 1}, {1, 2}, {2, 2}}) {
         engine engine({before, 1});

@@ -161,4 +161,14 @@ TEST(VectorScalars, SamplingRatesMustGiveWholeBlocks) {
     EXPECT_EQ(check_valid_sampling_rate(16000, 0, 480), 0);
 }
 
+TEST(VectorTargets, ScalarComesFirstAndStartPicksTheLastAgainAndAgain) {
+    EXPECT_STREQ(vector_target_name(0), "scalar");
+    for (int start = 0; start < 2; ++start) {
+        qnl_start_vector_layer();
+        EXPECT_EQ(active_vector_target(), vector_target_count() - 1);
+    }
+    select_vector_target(0);
+    EXPECT_EQ(active_vector_target(), 0);
+}
+
 } // namespace

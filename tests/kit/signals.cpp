@@ -84,9 +84,8 @@ samples speech_like(std::size_t frames, std::uint32_t seed, double rate) {
         const double hiss = next(random) * (hissing ? 0.5 : 0.01);
         x[i] = static_cast<float>(loudness(syllable) * (voice(phase) + hiss));
     }
-    const float loudest = peak(x);
-    for (float& value : x)
-        value *= loudest > 0.0F ? 0.5F / loudest : 0.0F;
+    const float gain = 0.5F / peak(x);
+    std::transform(x.begin(), x.end(), x.begin(), [=](float value) { return gain * value; });
     return x;
 }
 
@@ -110,15 +109,11 @@ double gain_db_at(const samples& in, const samples& out, double hz, double rate)
 }
 
 std::optional<std::size_t> find_delay(const samples& reference, const samples& delayed, std::size_t longest) {
-    std::optional<std::size_t> best;
-    double strongest = 0.0;
-    for (std::size_t lag = 0; lag <= longest; ++lag) {
-        const double now = correlation(reference, delayed, lag);
-        if (now > strongest)
-            best = lag;
-        strongest = std::max(strongest, now);
-    }
-    return best;
+    std::vector<double> strength;
+    for (std::size_t lag = 0; lag <= longest; ++lag)
+        strength.push_back(correlation(reference, delayed, lag));
+    const auto best = std::max_element(strength.begin(), strength.end());
+    return *best > 0.0 ? std::optional<std::size_t>(best - strength.begin()) : std::nullopt;
 }
 
 } // namespace test_kit

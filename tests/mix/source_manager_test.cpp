@@ -30,6 +30,9 @@ TEST_F(SourceManager, AppliesChangesInOrderAndOnlyWhenProcessed) {
     EXPECT_EQ(source->elevation, 20);
     EXPECT_EQ(source->channels[1].first_offset * 10 + source->channels[1].second_offset, 56);
     EXPECT_EQ(source->changed, 1);
+    sources_.sm_set_elevation(1, -4);
+    sources_.process_source_manager();
+    EXPECT_EQ(source->elevation, -4);
 }
 
 TEST_F(SourceManager, SplitsDistancesAt300) {
