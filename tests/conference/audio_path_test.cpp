@@ -1,11 +1,5 @@
 // The two roads of a block, through the exported functions.
-#include "kit/audio.h"
-#include "kit/documents.h"
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-
-#include <cmath>
-#include <limits>
+#include "kit/host.h"
 
 namespace {
 

@@ -1,12 +1,6 @@
 // What controls accept, keep and say.
 #include "conference/flags.h"
-#include "kit/documents.h"
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-
-#include <gmock/gmock.h>
-#include <limits>
-#include <vector>
+#include "kit/host.h"
 
 namespace {
 

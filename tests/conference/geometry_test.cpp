@@ -1,10 +1,9 @@
 // Headings and spherical positions.
 #include "conference/geometry.h"
 
+#include "kit/audio.h"
+
 #include <array>
-#include <gmock/gmock.h>
-#include <limits>
-#include <vector>
 
 namespace {
 

@@ -1,9 +1,5 @@
 // Who may join, and what joining and leaving do to audio that is under way.
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-
-#include <gmock/gmock.h>
-#include <limits>
+#include "kit/host.h"
 
 namespace {
 

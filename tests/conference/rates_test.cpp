@@ -1,8 +1,5 @@
 // Every rate of talkers and listeners through the exported functions.
-#include "kit/audio.h"
-#include "kit/engine.h"
-
-#include <cmath>
+#include "kit/host.h"
 
 namespace {
 

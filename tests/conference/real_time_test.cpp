@@ -1,9 +1,7 @@
 // What an audio call owes its thread, and that the processor it runs on does not change a bit.
-#include "kit/audio.h"
-#include "kit/engine.h"
+#include "kit/host.h"
 
 #include <cfenv>
-#include <limits>
 
 namespace {
 

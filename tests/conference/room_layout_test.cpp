@@ -1,13 +1,10 @@
 // Room configuration files: what is read, what is reported, what falls back.
 #include "conference/room_layout.h"
+
 #include "frame/sound_manager.h"
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-#include "kit/temporary_directory.h"
+#include "kit/host.h"
 
 #include <chrono>
-#include <gmock/gmock.h>
-#include <string>
 
 namespace {
 

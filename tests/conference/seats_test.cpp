@@ -1,10 +1,5 @@
 // Seats, free positions and changes of layout.
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-#include "quenlis.h"
-
-#include <gmock/gmock.h>
-#include <limits>
+#include "kit/host.h"
 
 namespace {
 

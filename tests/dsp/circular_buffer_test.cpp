@@ -1,10 +1,6 @@
 #include "dsp/circular_buffer.h"
 
-#include <climits>
-#include <numeric>
-#include <vector>
-
-#include <gtest/gtest.h>
+#include "kit/audio.h"
 
 namespace {
 

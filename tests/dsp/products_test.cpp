@@ -2,11 +2,6 @@
 
 #include "kit/audio.h"
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <numeric>
-
 namespace {
 
 using namespace test_kit;

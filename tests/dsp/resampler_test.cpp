@@ -1,10 +1,6 @@
 #include "dsp/resampler.h"
 
-#include "kit/audio.h"
 #include "vector_checks.h"
-
-#include <cmath>
-#include <numeric>
 
 namespace {
 

@@ -1,13 +1,8 @@
 #include "dsp/sample_conversion.h"
 
-#include <algorithm>
-#include <cmath>
-#include <type_traits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "dsp/vector_checks.h"
+
+#include <type_traits>
 
 namespace {
 

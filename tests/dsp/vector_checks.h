@@ -1,14 +1,9 @@
 #pragma once
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <cstring>
-#include <limits>
-#include <random>
-#include <vector>
+#include "kit/audio.h"
 
-#include "kit/targets.h"
+#include <cstring>
+#include <random>
 
 namespace vector_checks {
 

@@ -1,12 +1,7 @@
-#include <cmath>
-#include <limits>
-#include <random>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "dsp/vector_checks.h"
 #include "dsp/vector_primitives.h"
+
+#include <random>
 
 namespace {
 

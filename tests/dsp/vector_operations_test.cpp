@@ -1,16 +1,11 @@
 // Every operation that walks arrays, on every target, with every count up to 67 and every alignment, in place and
 // not: against the formula that describes it or, for the project's own functions, against the scalar target.
-#include <cmath>
-#include <cstddef>
-#include <functional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "dsp/flush_to_zero.h"
 #include "dsp/vector_checks.h"
 #include "dsp/vector_primitives.h"
+
+#include <functional>
+#include <string>
 
 namespace {
 

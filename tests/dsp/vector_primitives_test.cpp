@@ -1,13 +1,5 @@
 #include "dsp/vector_primitives.h"
 
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <numeric>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "dsp/vector_checks.h"
 
 namespace {

@@ -1,14 +1,8 @@
 // Every exported function with bad input: a code and a line, never more.
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-#include "quenlis.h"
+#include "kit/host.h"
 
-#include <climits>
 #include <cstring>
 #include <functional>
-#include <gmock/gmock.h>
-#include <string>
-#include <vector>
 
 namespace {
 

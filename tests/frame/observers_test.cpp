@@ -1,12 +1,8 @@
 // What observers hear, in which order, and what they may do.
 #include "frame/exception.h"
-#include "kit/engine.h"
-#include "kit/log_capture.h"
+#include "kit/host.h"
 
-#include <gmock/gmock.h>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 

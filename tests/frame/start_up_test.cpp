@@ -1,14 +1,8 @@
 // What an output format must be, and what is derived from it.
 #include "frame/common_object.h"
-#include "kit/documents.h"
-#include "kit/log_capture.h"
-#include "quenlis.h"
+#include "kit/host.h"
 
 #include <array>
-#include <gmock/gmock.h>
-#include <limits>
-#include <thread>
-#include <vector>
 
 namespace {
 

@@ -1,13 +1,10 @@
 // The lock of manager and rooms; then everything at once, for ThreadSanitizer and for the count of heads.
 #include "frame/shared_lock.h"
-#include "kit/engine.h"
+#include "kit/host.h"
 
 #include <atomic>
 #include <chrono>
 #include <future>
-#include <gtest/gtest.h>
-#include <thread>
-#include <vector>
 
 namespace {
 

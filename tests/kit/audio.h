@@ -1,4 +1,4 @@
-/// All that a test of an effect needs: signals, comparisons, every instruction set, and runs in blocks that watch
+/// All that a test of samples needs: signals, comparisons, every instruction set, and runs in blocks that watch
 /// the heap.
 #pragma once
 
@@ -7,10 +7,14 @@
 #include "kit/signals.h"
 #include "kit/targets.h"
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
-#include <cstddef>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <gmock/gmock.h>
+#include <limits>
+#include <numeric>
+#include <vector>
 
 namespace test_kit {
 

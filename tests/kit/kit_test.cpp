@@ -2,7 +2,6 @@
 #include "kit/audio.h"
 
 #include <cstdlib>
-#include <limits>
 #include <thread>
 
 namespace {

@@ -1,7 +1,7 @@
 // A listener's table of sources and its queued changes.
 #include "mix/source_manager.h"
 
-#include <gtest/gtest.h>
+#include "kit/audio.h"
 
 namespace {
 

@@ -1,9 +1,6 @@
 // The control server's configuration file, and the server's life inside the library.
 #include "frame/sound_manager.h"
-#include "kit/log_capture.h"
-#include "kit/temporary_directory.h"
-
-#include <gmock/gmock.h>
+#include "kit/host.h"
 
 namespace {
 

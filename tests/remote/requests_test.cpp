@@ -1,9 +1,7 @@
 // Requests that are not well: one answer of the same shape each, and nothing done.
-#include "kit/allocation_counter.h"
 #include "remote_room.h"
 
 #include <atomic>
-#include <thread>
 
 namespace {
 

@@ -1,13 +1,10 @@
 #include "render/crosstalk.h"
 
 #include "dsp/vector_checks.h"
-#include "kit/audio.h"
-#include "kit/engine.h"
+#include "kit/host.h"
 #include "render/centre_channel.h"
 #include "render/crosstalk_tables.h"
 #include "voice/limiter.h"
-
-#include <numeric>
 
 namespace {
 

@@ -3,9 +3,6 @@
 #include "kit/audio.h"
 #include "voice/auto_eq_tables.h"
 
-#include <cmath>
-#include <numeric>
-
 namespace {
 
 using namespace test_kit;

@@ -2,8 +2,6 @@
 
 #include "kit/audio.h"
 
-#include <cmath>
-
 namespace {
 
 using namespace test_kit;

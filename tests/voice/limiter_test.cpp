@@ -2,9 +2,6 @@
 
 #include "kit/audio.h"
 
-#include <cmath>
-#include <limits>
-
 namespace {
 
 using namespace test_kit;
