@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sndfile.hh>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,8 @@ std::string read_text(const std::filesystem::path& path);
 class conference_runner : public testing::Test {
 protected:
     /// Writes a recording. @param format  a major format and a sample type of the library of audio files
-    void record(const std::string& name, const audio& content, int rate = 48000, int format = wav_float);
+    void record(const std::string& name, const audio& content, int rate = 48000,
+                int format = SF_FORMAT_WAV | SF_FORMAT_FLOAT);
     void write_text(const std::string& name, const std::string& content) { directory.write(name, content); }
 
     /// Runs a program inside the folder. @param arguments  as in a shell
@@ -39,10 +41,6 @@ protected:
     audio read(const std::string& name);
     /// What the participant heard; fails the test when the file is missing.
     audio mix(const std::string& name) { return read("mixes/" + name + ".wav"); }
-
-    static const int wav_float;
-    static const int wav_16;
-    static const int flac;
 
     const test_kit::temporary_directory directory;
     const std::filesystem::path folder = directory.path();

@@ -98,8 +98,8 @@ TEST_F(conference_mix, other_block_lengths_and_layouts_give_the_same_mix) {
 TEST_F(conference_runner, a_stereo_talker_keeps_both_sides_beside_a_mono_talker_in_every_format) {
     const audio band = noise(4, 2, 4 * block);
     const audio singer = noise(5, 1, 4 * block);
-    record("band.flac", band, 48000, flac);
-    record("singer.wav", singer, 48000, wav_16);
+    record("band.flac", band, 48000, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    record("singer.wav", singer, 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     for (const std::string type : {"short", "float", "double"}) {
         for (const std::string interleaving : {"interleaved", "planar"}) {
             const outcome result = hold("--sample-type " + type + " --interleaving " + interleaving +
