@@ -231,14 +231,12 @@ TEST(AudioPath, RefusalsComeInTheirOrder) {
 }
 
 TEST(WhoHearsWhom, FollowsWhisperRoomsAndSidebars) {
-    struct people {
+    struct {
         int talker_whisper, talker_sidebar, listener_whisper, listener_sidebar;
         float gain;
-    };
-    const std::vector<people> table = {{0, 0, 0, 0, 1.0F}, {1, 0, 1, 0, 1.0F},  {1, 0, 2, 0, 0.0F},
-                                       {1, 0, 0, 0, 0.0F}, {0, 1, 0, 1, 1.0F},  {0, 1, 0, 0, 0.0F},
-                                       {0, 0, 0, 1, 0.0F}, {0, 0, 1, 0, 0.25F}, {0, 0, 1, 1, 0.0F},
-                                       {1, 1, 1, 0, 1.0F}, {1, 1, 0, 1, 0.0F},  {0, 2, 3, 2, 1.0F}};
+    } const table[] = {{0, 0, 0, 0, 1.0F}, {1, 0, 1, 0, 1.0F}, {1, 0, 2, 0, 0.0F}, {1, 0, 0, 0, 0.0F},
+                       {0, 1, 0, 1, 1.0F}, {0, 1, 0, 0, 0.0F}, {0, 0, 0, 1, 0.0F}, {0, 0, 1, 0, 0.25F},
+                       {0, 0, 1, 1, 0.0F}, {1, 1, 1, 0, 1.0F}, {1, 1, 0, 1, 0.0F}, {0, 2, 3, 2, 1.0F}};
     for (const auto& [talker_whisper, talker_sidebar, listener_whisper, listener_sidebar, gain] : table) {
         plain_engine engine({1, 1});
         engine.set(1, QNL_CONTROL_WHISPER_ROOM, talker_whisper);

