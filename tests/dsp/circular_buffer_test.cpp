@@ -12,18 +12,17 @@ std::vector<float> rising(int n, float first) {
 
 TEST(CircularBuffer, FullRingIsFullByCounterAndEmptyByDistance) {
     circular_buffer ring(1, 4);
-    std::vector<float> in = rising(4, 1.0F);
-    const std::vector<float> more = rising(3, 11.0F);
-    EXPECT_EQ(ring.calc_space_circ_buf(), 4);
-    EXPECT_EQ(ring.write_BLOCK(in.data(), 4), 4);
+    std::vector<float> block = rising(4, 1.0F);
+    EXPECT_EQ(ring.write_BLOCK(block.data(), 4), 4);
     EXPECT_EQ(ring.calc_amount_data_circ_buf(), 0);
     EXPECT_EQ(ring.calc_space_circ_buf(), 4);
-    EXPECT_EQ(ring.write_BLOCK(in.data(), 1), 0);
-    const float* pointers[] = {more.data()};
+    EXPECT_EQ(ring.write_BLOCK(block.data(), 1), 0);
+    const std::vector<float> more = rising(3, 11.0F);
+    const float* const pointers[] = {more.data()};
     EXPECT_EQ(ring.write_POINTER(pointers, 3), 3); // by the distance there is room
     EXPECT_EQ(ring.calc_amount_data_circ_buf(), 3);
-    EXPECT_EQ(ring.read_BLOCK(in.data(), 4), 4);
-    EXPECT_EQ(in, (std::vector<float>{11, 12, 13, 4}));
+    EXPECT_EQ(ring.read_BLOCK(block.data(), 4), 4);
+    EXPECT_EQ(block, (std::vector<float>{11, 12, 13, 4}));
 }
 
 TEST(CircularBuffer, BlocksAcrossTheWrapComeOutWholeForEveryChannel) {
@@ -73,19 +72,17 @@ TEST(CircularBuffer, CountsBelowOneAndNullMoveNothing) {
     circular_buffer ring(2, 8);
     std::vector<float> block = rising(8, 1.0F);
     float* pointers[] = {block.data(), block.data() + 4};
-    const float* half_null[] = {block.data(), nullptr};
+    float* half_null[] = {block.data(), nullptr};
     ASSERT_EQ(ring.write_BLOCK(block.data(), 4), 4);
-    for (const int n : {0, -1, INT_MIN}) {
-        EXPECT_EQ(ring.write_BLOCK(block.data(), n), n);
-        EXPECT_EQ(ring.read_BLOCK(block.data(), n), n);
-        EXPECT_EQ(ring.write_POINTER(pointers, n), n);
-        EXPECT_EQ(ring.read_POINTER(pointers, n), n);
-    }
+    const auto moved = [&](float* whole, float** parts, int n) {
+        return std::vector{ring.write_BLOCK(whole, n), ring.read_BLOCK(whole, n),
+                           ring.write_POINTER(parts, n), ring.read_POINTER(parts, n)};
+    };
+    for (const int n : {0, -1, INT_MIN})
+        EXPECT_EQ(moved(block.data(), pointers, n), std::vector(4, n));
     for (const int n : {1, 0, -1}) {
-        EXPECT_EQ(ring.write_BLOCK(nullptr, n), 0);
-        EXPECT_EQ(ring.read_BLOCK(nullptr, n), 0);
-        EXPECT_EQ(ring.read_POINTER(nullptr, n), 0);
-        EXPECT_EQ(ring.write_POINTER(half_null, n), 0);
+        EXPECT_EQ(moved(nullptr, nullptr, n), std::vector(4, 0));
+        EXPECT_EQ(moved(nullptr, half_null, n), std::vector(4, 0));
     }
     EXPECT_EQ(block, rising(8, 1.0F));
     EXPECT_EQ(ring.calc_amount_data_circ_buf(), 4);

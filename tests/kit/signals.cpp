@@ -17,20 +17,6 @@ double next(std::mt19937& random) {
     return static_cast<double>(random()) / 2147483647.5 - 1.0;
 }
 
-/// A voice: 16 harmonics, each weaker than the one below. @param phase  of the pitch, in periods
-double voice(double phase) {
-    double sum = 0.0;
-    for (int harmonic = 1; harmonic <= 16; ++harmonic)
-        sum += std::sin(2.0 * pi * harmonic * phase) / harmonic;
-    return sum;
-}
-
-/// Rises and falls within a syllable; 0 in the pause.
-double loudness(double syllable) {
-    const bool pause = static_cast<long>(syllable) % 4 == 3;
-    return pause ? 0.0 : std::sin(pi * (syllable - std::floor(syllable)));
-}
-
 double strength_at(const samples& x, double hz, double rate) {
     std::complex<double> sum = 0.0;
     for (std::size_t i = 0; i < x.size(); ++i) {
@@ -66,12 +52,6 @@ samples sine(std::size_t frames, double hz, float amplitude, double rate) {
     return x;
 }
 
-samples impulse(std::size_t frames, std::size_t at, float amplitude) {
-    samples x(frames, 0.0F);
-    x.at(at) = amplitude;
-    return x;
-}
-
 samples speech_like(std::size_t frames, std::uint32_t seed, double rate) {
     std::mt19937 random(seed);
     const double middle_pitch = 150.0 + 40.0 * next(random);
@@ -79,10 +59,13 @@ samples speech_like(std::size_t frames, std::uint32_t seed, double rate) {
     double phase = 0.0;
     for (std::size_t i = 0; i < frames; ++i) {
         const double syllable = syllables_per_second * static_cast<double>(i) / rate;
+        const double within = syllable - std::floor(syllable);
+        const bool pause = static_cast<long>(syllable) % 4 == 3;
         phase += middle_pitch * (1.0 + 0.13 * std::sin(0.9 * syllable)) / rate;
-        const bool hissing = syllable - std::floor(syllable) < 0.2;
-        const double hiss = next(random) * (hissing ? 0.5 : 0.01);
-        x[i] = static_cast<float>(loudness(syllable) * (voice(phase) + hiss));
+        double voice = next(random) * (within < 0.2 ? 0.5 : 0.01); // with a hissing onset
+        for (int harmonic = 1; harmonic <= 16; ++harmonic)
+            voice += std::sin(2.0 * pi * harmonic * phase) / harmonic;
+        x[i] = pause ? 0.0F : static_cast<float>(std::sin(pi * within) * voice);
     }
     const float gain = 0.5F / peak(x);
     std::transform(x.begin(), x.end(), x.begin(), [=](float value) { return gain * value; });

@@ -25,10 +25,7 @@ std::string temporary_directory::path_of(std::string_view name) const {
 
 std::string temporary_directory::write(std::string_view name, std::string_view bytes) const {
     std::string path = path_of(name);
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file)
+    if (!(std::ofstream(path, std::ios::binary) << bytes << std::flush))
         throw std::runtime_error("cannot write " + path);
     return path;
 }

@@ -53,7 +53,9 @@ TEST(Limiter, RecoversFromSamplesThatAreNoNumbers) {
     using limits = std::numeric_limits<float>;
     for (const float wild : {limits::infinity(), limits::quiet_NaN()}) {
         participants_limiter limiter;
-        const stereo struck = limiter.of({samples(block, 0.5F), impulse(block, 100, wild)});
+        samples right(block);
+        right[100] = wild;
+        const stereo struck = limiter.of({samples(block, 0.5F), right});
         EXPECT_FALSE(std::isfinite(struck.right[100 + latency])) << "the sample itself leaves as it came";
         EXPECT_LT(struck.left[200], 1e-15F);
         const samples after(120 * block, 0.5F);
