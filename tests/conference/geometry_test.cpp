@@ -28,9 +28,7 @@ TEST(Geometry, PlacesSourcesAroundAListener) {
     for (const auto& [source, listener, azimuth, elevation, distance] : table) {
         const auto heard = cartesian_to_spherical(at(source), at({0, 0, 0}, listener));
         SCOPED_TRACE(testing::Message() << source.x << ' ' << source.y << ' ' << source.z);
-        EXPECT_EQ(heard.azimuth, azimuth);
-        EXPECT_EQ(heard.elevation, elevation);
-        EXPECT_EQ(heard.distance, distance);
+        EXPECT_THAT(heard, testing::FieldsAre(azimuth, elevation, distance));
     }
 }
 
@@ -46,8 +44,7 @@ TEST(Geometry, LooksAtTheCentre) {
     for (const auto& [position, azimuth, elevation] : table) {
         const qnl_heading heading = heading_towards(position, {0, 0, 0});
         SCOPED_TRACE(testing::Message() << position.x << ' ' << position.y << ' ' << position.z);
-        EXPECT_EQ(heading.azimuth_heading, azimuth);
-        EXPECT_EQ(heading.elevation_heading, elevation);
+        EXPECT_THAT(heading, testing::FieldsAre(azimuth, elevation));
     }
 }
 

@@ -28,18 +28,16 @@ TEST(RoomLayout, ReadsSeatsThatLookAtTheCentreAndStacksThem) {
     EXPECT_THAT(log.take(), IsEmpty());
     EXPECT_EQ(layout.id(), 7);
     EXPECT_FALSE(layout.open_room());
-    ASSERT_EQ(layout.seats().size(), 4U);
-    EXPECT_EQ(layout.seats()[2].id, 2) << "the layout's own ids count from 0";
-    EXPECT_EQ(layout.get_seat(2).heading.azimuth_heading, -90);
-
-    const qnl_seat ninth = layout.get_seat(9);
-    EXPECT_EQ(ninth.id, 9);
-    EXPECT_EQ(ninth.position.z, -5 + 2 * 10);
-    EXPECT_EQ(ninth.heading.azimuth_heading, 180) << "raised past the centre, it looks back";
-    for (const int none : {0, -1}) {
-        EXPECT_EQ(layout.get_seat(none).id, none);
-        EXPECT_EQ(layout.get_seat(none).position.z, 0);
-    }
+    const auto seat = [](int id, int x, int z, int azimuth) {
+        return FieldsAre(id, FieldsAre(x, 0, z), FieldsAre(azimuth, 0));
+    };
+    EXPECT_THAT(layout.seats(),
+                ElementsAre(seat(0, 0, -5, 0), seat(1, 5, 0, -90), seat(2, 0, 5, 180), seat(3, -5, 0, 90)))
+        << "the layout's own ids count from 0";
+    EXPECT_THAT(layout.get_seat(2), seat(2, 5, 0, -90));
+    EXPECT_THAT(layout.get_seat(9), seat(9, 0, -5 + 2 * 10, 180)) << "raised past the centre, it looks back";
+    for (const int none : {0, -1})
+        EXPECT_THAT(layout.get_seat(none), seat(none, 0, 0, 0));
 
     json stacking = good_layout();
     stacking["allowParticipantStacking"] = true;
@@ -56,12 +54,9 @@ TEST(RoomLayout, CutsNumbersTo32Bits) {
     layout["seats"][0] = {{"x", -2.9}, {"y", 1e300}, {"z", -1e300}};
     const quenlis_room_layout read("numbers", layout);
     EXPECT_EQ(read.id(), 2);
-    const qnl_position first = read.get_seat(1).position;
-    EXPECT_EQ(first.x, -2);
-    EXPECT_EQ(first.y, 2147483647);
-    EXPECT_EQ(first.z, -2147483647 - 1);
+    EXPECT_THAT(read.get_seat(1).position, FieldsAre(-2, INT_MAX, INT_MIN));
     EXPECT_EQ(read.get_seat(6).position.z, 0 + 1);
-    EXPECT_EQ(read.get_seat(2147483647).id, 2147483647) << "stacked far beyond, without overflow";
+    EXPECT_EQ(read.get_seat(INT_MAX).id, INT_MAX) << "stacked far beyond, without overflow";
 }
 
 TEST(RoomLayout, ReportsEverythingMissingBeforeItGivesUp) {

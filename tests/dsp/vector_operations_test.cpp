@@ -179,25 +179,6 @@ std::vector<operation> operations() {
              for (int i = 0; i < 2 * n; ++i)
                  x[i / 2 + (i % 2) * n] = a[i];
          }},
-        {"convert_stereo_to_mono", 0, 0, 2,
-         [](const float*, const float*, float* x, int n) { convert_stereo_to_mono(x, c, n); },
-         [](const float*, const float*, float* x, int n) {
-             for (int i = 0; i < n; ++i)
-                 x[i] = (x[i] + x[n + i]) * c;
-         }},
-        {"mix_to_both_sides_I", 0, 0, 3,
-         [](const float*, const float*, float* x, int n) {
-             if (x != nullptr)
-                 qnl_mix_to_both_sides_I(x, c, x + n, x + 2 * n, n);
-         },
-         [](const float*, const float*, float* x, int n) {
-             for (int i = 0; i < n; ++i) {
-                 x[i] *= c;
-                 x[n + i] += x[i];
-                 x[2 * n + i] += x[i];
-             }
-         }},
-
         f::of("tanh", qnl_tanh),
         f::of("log10", qnl_log10),
         f::of("log10_I", qnl_log10_I),

@@ -84,8 +84,7 @@ TEST(ExportedFunctions, RefuseANullHandleWithItsLine) {
         EXPECT_EQ(function.call(nullptr, 1, 1), QNL_ERROR_HANDLE_NULL) << function.name;
         EXPECT_THAT(log.take(), ElementsAre(null_handle_line)) << function.name;
     }
-    EXPECT_EQ(configuration.input_sampling_rate, -1);
-    EXPECT_EQ(configuration.type, 4);
+    EXPECT_THAT(configuration, FieldsAre(-1, -1, 4));
     EXPECT_EQ(qnl_destroy_library(nullptr), QNL_ERROR_LIBRARY_NOT_YET_INITIALIZED);
     EXPECT_EQ(qnl_get_library_configuration(nullptr).spatial_quality, -1);
     EXPECT_STREQ(qnl_get_json_all_room_layouts(nullptr), "{\"error_code\": \"QNL_ERROR_HANDLE_NULL\"}");
@@ -120,11 +119,11 @@ TEST(ExportedFunctions, WriteNeutralValuesOnAFailure) {
     for (const door& function : doors)
         if (function.names_participant)
             function.call(engine.handle(), 1, 8);
-    EXPECT_EQ(seat.id + seat.position.z + seat.heading.elevation_heading, 0);
-    EXPECT_EQ(position.x + position.y + position.z + azimuth + elevation + distance, 0);
-    EXPECT_EQ(heading.azimuth_heading, 7) << "the heading is left as it was";
-    EXPECT_EQ(configuration.input_number_channels, -1);
-    EXPECT_EQ(configuration.type, 4);
+    EXPECT_THAT(seat, FieldsAre(0, FieldsAre(0, 0, 0), FieldsAre(0, 0)));
+    EXPECT_THAT(position, FieldsAre(0, 0, 0));
+    EXPECT_THAT((std::array{azimuth, elevation, distance}), Each(0));
+    EXPECT_THAT(heading, FieldsAre(7, 7)) << "the heading is left as it was";
+    EXPECT_THAT(configuration, FieldsAre(-1, -1, 4));
     EXPECT_EQ(number, 0) << "of a control";
     number = 9;
     qnl_get_room_layout(engine.handle(), 8, &number);

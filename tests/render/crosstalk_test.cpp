@@ -53,18 +53,19 @@ TEST(CentreSeparation, FollowsItsRuleWithTheSameBitsOnEveryTarget) {
         std::vector<complex32f> r = right;
         std::vector<complex32f> c(centre_bins);
         separate_left_right_to_center(l.data(), r.data(), c.data());
-        EXPECT_TRUE(c[0].re == 2.0F && c[0].im == -2.0F);
-        EXPECT_TRUE(l[0].re == 1.0F && l[0].im == 3.0F && r[0].re == -1.0F && r[0].im == -3.0F);
-        for (std::size_t i = 0; i < std::size(split_cases); ++i) {
-            const split_case& expected = split_cases[i];
-            EXPECT_TRUE(c[i + 1].re == expected.centre.re && c[i + 1].im == expected.centre.im) << name << i;
-            EXPECT_EQ(l[i + 1].re, expected.left.re - expected.centre.re);
-            EXPECT_EQ(r[i + 1].im, expected.right.im - expected.centre.im);
+        EXPECT_THAT(c[0], testing::FieldsAre(2, -2));
+        EXPECT_THAT(l[0], testing::FieldsAre(1, 3));
+        EXPECT_THAT(r[0], testing::FieldsAre(-1, -3));
+        std::size_t bin = 0;
+        for (const auto& [from_left, from_right, centre] : split_cases) {
+            EXPECT_THAT(c[++bin], testing::FieldsAre(centre.re, centre.im)) << name << bin;
+            EXPECT_EQ(l[bin].re, from_left.re - centre.re);
+            EXPECT_EQ(r[bin].im, from_right.im - centre.im);
         }
         samples all;
         for (const auto* bins : {&l, &r, &c})
-            for (const complex32f bin : *bins)
-                all.insert(all.end(), {bin.re, bin.im});
+            for (const complex32f value : *bins)
+                all.insert(all.end(), {value.re, value.im});
         if (reference.empty())
             reference = all;
         EXPECT_TRUE(vector_checks::same_blocks(reference, all)) << name;
