@@ -53,12 +53,8 @@ TEST(Compare, NamesTheFirstDifferenceAndTheError) {
         EXPECT_FALSE(error_below({0.0F}, wrong, 300.0));
 }
 
-TEST(Signals, AreReproducibleAndFillTheirRange) {
-    EXPECT_NEAR(peak(noise(48000, 7, 0.5F)), 0.4995F, 0.0005F);
-    EXPECT_FLOAT_EQ(noise(1, 1)[0], -0.165956F) << "a recorded reference made from this noise stays valid";
-    EXPECT_THAT(sine(3, 12000.0, 0.5F), Pointwise(FloatNear(1e-7F), {0.0F, 0.5F, 0.0F}));
+TEST(Signals, SpeechHasPausesAndAPitch) {
     const samples speech = speech_like(96000, 5);
-    EXPECT_FLOAT_EQ(peak(speech), 0.5F);
     EXPECT_LT(peak(part(speech, 37000, 47000)), 1e-5F) << "a pause";
     // Voiced: in the falling half of a syllable it resembles itself most after one period of the pitch.
     EXPECT_THAT(120 + find_delay(part(speech, 18000, 20000), part(speech, 18120, 22000), 660).value(),
