@@ -72,6 +72,12 @@ TEST(AudioPath, NobodyToHearGivesSilenceAndItsCode) {
     expect_silence(qnl_output_audio_double, std::vector<double>(2 * frames, 99.0));
 }
 
+TEST(AudioPath, StereoFoldsForAMonoListener) {
+    plain_engine engine({2, 1}, {48000, 480, 1, false, 1});
+    engine.push(1, planar(block(1), block(2)), frames);
+    EXPECT_TRUE(same_bits(scaled(sum(block(1), block(2)), side_gain), engine.pull(2).samples));
+}
+
 TEST(AudioPath, AnyEnhancementFoldsStereoInputUnlessBypassed) {
     const samples left = block(1);
     const samples right = block(2);
