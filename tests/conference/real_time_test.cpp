@@ -49,7 +49,9 @@ TEST(RealTime, AudioCallsAllocateTheMixesBlocksOnlyWithEveryStageOn) {
 bool as_the_host_set_it() {
     const volatile float smallest = std::numeric_limits<float>::min();
     const volatile float denormal = std::numeric_limits<float>::denorm_min();
-    return std::fegetround() == FE_DOWNWARD && smallest / 2.0F > 0.0F && denormal > 0.0F;
+    const volatile float three = 3.0F;
+    const bool downward = 1.0F / three < 1.0 / 3.0; // the nearest float is above
+    return downward && smallest / 2.0F > 0.0F && denormal > 0.0F;
 }
 
 TEST(RealTime, TheHostsFloatingPointSettingComesBackOnEveryWayOut) {
