@@ -1,14 +1,9 @@
 // Headings and spherical positions.
 #include "conference/geometry.h"
 
-#include <array>
-#include <gmock/gmock.h>
-#include <limits>
-#include <vector>
+#include "kit/audio.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 constexpr int lowest = std::numeric_limits<int32_t>::min();
 constexpr int highest = std::numeric_limits<int32_t>::max();
@@ -18,43 +13,38 @@ qnl_seat at(qnl_position position, qnl_heading heading = {0, 0}) {
 }
 
 TEST(Geometry, PlacesSourcesAroundAListener) {
-    struct hearing {
+    struct {
         qnl_position source;
         qnl_heading listener;
         int azimuth, elevation, distance;
-    };
-    const std::vector<hearing> table = {
-        {{10, 0, 0}, {0, 0}, 90, 0, 10},    {{-10, 0, 0}, {0, 0}, -90, 0, 10},
-        {{0, 0, 10}, {0, 0}, 0, 0, 10},     {{0, 0, -10}, {0, 0}, 180, 0, 10},
-        {{0, 10, 0}, {0, 0}, 0, 90, 10},    {{0, -10, 0}, {0, 0}, 0, -90, 10},
-        {{3, 0, 4}, {0, 0}, 36, 0, 5},      {{3, 4, 0}, {0, 0}, 90, 53, 5},
-        {{-3, 4, 0}, {0, 0}, -90, 53, 5},   {{0, 0, 0}, {0, 0}, 0, 0, 0},
-        {{10, 0, 0}, {90, 0}, 0, 0, 10},    {{0, 0, 10}, {0, 30}, 0, -30, 10},
-        {{0, 10, 0}, {90, 0}, 0, 90, 10},   {{0, 0, -10}, {-90, 0}, -90, 0, 10},
-        {{-10, 0, 0}, {90, 0}, -180, 0, 10}};
+    } const table[] = {{{10, 0, 0}, {0, 0}, 90, 0, 10},    {{-10, 0, 0}, {0, 0}, -90, 0, 10},
+                       {{0, 0, 10}, {0, 0}, 0, 0, 10},     {{0, 0, -10}, {0, 0}, 180, 0, 10},
+                       {{0, 10, 0}, {0, 0}, 0, 90, 10},    {{0, -10, 0}, {0, 0}, 0, -90, 10},
+                       {{3, 0, 4}, {0, 0}, 36, 0, 5},      {{3, 4, 0}, {0, 0}, 90, 53, 5},
+                       {{-3, 4, 0}, {0, 0}, -90, 53, 5},   {{0, 0, 0}, {0, 0}, 0, 0, 0},
+                       {{10, 0, 0}, {90, 0}, 0, 0, 10},    {{0, 0, 10}, {0, 30}, 0, -30, 10},
+                       {{0, 10, 0}, {90, 0}, 0, 90, 10},   {{0, 0, -10}, {-90, 0}, -90, 0, 10},
+                       {{-10, 0, 0}, {90, 0}, -180, 0, 10}};
     for (const auto& [source, listener, azimuth, elevation, distance] : table) {
         const auto heard = cartesian_to_spherical(at(source), at({0, 0, 0}, listener));
-        EXPECT_THAT((std::array{heard.azimuth, heard.elevation, heard.distance}),
-                    ElementsAre(azimuth, elevation, distance))
-            << source.x << ' ' << source.y << ' ' << source.z;
+        SCOPED_TRACE(testing::Message() << source.x << ' ' << source.y << ' ' << source.z);
+        EXPECT_THAT(heard, testing::FieldsAre(azimuth, elevation, distance));
     }
 }
 
 TEST(Geometry, LooksAtTheCentre) {
-    struct look {
+    struct {
         qnl_position position;
         int azimuth, elevation;
-    };
-    const std::vector<look> table = {
+    } const table[] = {
         {{0, 0, -5}, 0, 0},    {{0, 0, 5}, 180, 0},  {{5, 0, 0}, -90, 0},   {{-5, 0, 0}, 90, 0},
         {{0, 0, 0}, 0, 0},     {{0, -3, 0}, 0, 90},  {{0, 3, 0}, 0, -90},   {{-4, -4, 0}, 90, 45},
         {{4, -4, 0}, -90, 45}, {{0, -5, -5}, 0, 45}, {{0, -5, 5}, 180, 45},
     };
     for (const auto& [position, azimuth, elevation] : table) {
         const qnl_heading heading = heading_towards(position, {0, 0, 0});
-        EXPECT_THAT((std::array{heading.azimuth_heading, heading.elevation_heading}),
-                    ElementsAre(azimuth, elevation))
-            << position.x << ' ' << position.y << ' ' << position.z;
+        SCOPED_TRACE(testing::Message() << position.x << ' ' << position.y << ' ' << position.z);
+        EXPECT_THAT(heading, testing::FieldsAre(azimuth, elevation));
     }
 }
 

@@ -1,9 +1,5 @@
 // Who may join, and what joining and leaving do to audio that is under way.
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-
-#include <gmock/gmock.h>
-#include <limits>
+#include "kit/host.h"
 
 namespace {
 
@@ -36,17 +32,6 @@ TEST(Joining, RefusesWhatItCannotServe) {
             "ERROR: You provided 96000 but the Quenlis library does not support sampling rates above 48000",
             "ERROR: You provided 0" + ratio, "ERROR: You provided -2147483648" + ratio));
     EXPECT_EQ(engine.participant_count(), 1);
-}
-
-TEST(Joining, AsksEachInputCallForTheBlockOfItsOwnRate) {
-    engine engine;
-    const std::vector<float> block(480);
-    for (const auto& [rate, frames] :
-         {std::pair{48000, 480}, {44100, 441}, {16000, 160}, {8000, 80}, {100, 1}}) {
-        ASSERT_EQ(engine.add(rate, 1, QNL_PARTICIPANT_REGULAR, rate), QNL_ERROR_NONE);
-        EXPECT_EQ(engine.push(rate, block, frames), QNL_ERROR_NONE) << rate;
-        EXPECT_EQ(engine.push(rate, block, frames + 1), QNL_ERROR_DATA_LENGTH) << rate;
-    }
 }
 
 TEST(Leaving, DropsQueuedBlocksAndThoseUntilTheReturnIsHeard) {

@@ -1,9 +1,7 @@
 // A room describes itself as JSON.
 #include "conference/room.h"
 #include "frame/exception.h"
-#include "kit/log_capture.h"
-
-#include <gmock/gmock.h>
+#include "kit/host.h"
 
 namespace {
 

@@ -1,14 +1,9 @@
 #pragma once
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <cstring>
-#include <limits>
-#include <random>
-#include <vector>
+#include "kit/audio.h"
 
-#include "dsp/vector_targets.h"
+#include <cstring>
+#include <random>
 
 namespace vector_checks {
 
@@ -18,16 +13,7 @@ constexpr int longest_count = 67;
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
-/// Runs the body once on every target of this machine, then puts the former one back.
-template <class Body>
-void on_every_target(Body body) {
-    const int former = active_vector_target();
-    for (int target = 0; target < vector_target_count(); ++target) {
-        select_vector_target(target);
-        body(vector_target_name(target));
-    }
-    select_vector_target(former);
-}
+using test_kit::on_every_target;
 
 /// Equal to the bit; any NaN equals any other.
 template <class Element>

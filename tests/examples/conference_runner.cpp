@@ -1,17 +1,10 @@
 #include "conference_runner.h"
 
-#include <sndfile.h>
-
 #include <cstdlib>
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <sys/wait.h>
-#include <unistd.h>
-
-const int conference_runner::wav_float = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-const int conference_runner::wav_16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-const int conference_runner::flac = SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
 
 audio noise(unsigned seed, int channels, std::size_t frames) {
     std::mt19937 numbers(seed);
@@ -29,33 +22,14 @@ std::string read_text(const std::filesystem::path& path) {
     return text.str();
 }
 
-conference_runner::conference_runner() {
-    std::string name = (std::filesystem::temp_directory_path() / "quenlis_examples_XXXXXX").string();
-    folder = mkdtemp(name.data());
-}
-
-conference_runner::~conference_runner() {
-    std::filesystem::remove_all(folder);
-}
-
 void conference_runner::record(const std::string& name, const audio& content, int rate, int format) {
     const std::size_t channels = content.size();
     std::vector<float> samples(channels * content.front().size());
     for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i] = content[i % channels][i / channels];
-
-    SF_INFO info{};
-    info.samplerate = rate;
-    info.channels = static_cast<int>(channels);
-    info.format = format;
-    SNDFILE* file = sf_open((folder / name).c_str(), SFM_WRITE, &info);
-    ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
-    sf_write_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
-    sf_close(file);
-}
-
-void conference_runner::write_text(const std::string& name, const std::string& content) {
-    std::ofstream(folder / name) << content;
+    SndfileHandle file(folder / name, SFM_WRITE, format, static_cast<int>(channels), rate);
+    file.write(samples.data(), static_cast<sf_count_t>(samples.size()));
+    ASSERT_EQ(file.error(), 0) << file.strError();
 }
 
 outcome conference_runner::run(const std::string& program, const std::string& arguments) {
@@ -71,19 +45,13 @@ outcome conference_runner::hold(const std::string& arguments) {
 }
 
 audio conference_runner::read(const std::string& name) {
-    SF_INFO info{};
-    SNDFILE* file = sf_open((folder / name).c_str(), SFM_READ, &info);
-    if (file == nullptr) {
-        ADD_FAILURE() << name << ": " << sf_strerror(nullptr);
-        return audio(2);
-    }
-    const auto channels = static_cast<std::size_t>(info.channels);
-    const auto frames = static_cast<std::size_t>(info.frames);
-    std::vector<float> samples(channels * frames);
-    sf_readf_float(file, samples.data(), info.frames);
-    sf_close(file);
-    audio content(channels, std::vector<float>(frames));
+    SndfileHandle file(folder / name);
+    EXPECT_EQ(file.error(), 0) << name << ": " << file.strError();
+    const auto channels = static_cast<std::size_t>(file.channels());
+    std::vector<float> samples(channels * static_cast<std::size_t>(file.frames()));
+    file.readf(samples.data(), file.frames());
+    audio content(channels);
     for (std::size_t i = 0; i < samples.size(); ++i)
-        content[i % channels][i / channels] = samples[i];
+        content[i % channels].push_back(samples[i]);
     return content;
 }

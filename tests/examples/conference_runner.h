@@ -1,8 +1,11 @@
 #pragma once
 
+#include "kit/temporary_directory.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sndfile.hh>
 #include <string>
 #include <vector>
 
@@ -25,12 +28,10 @@ std::string read_text(const std::filesystem::path& path);
 /// A folder for one test, removed behind it, with means to fill it with recordings and to run programs in it.
 class conference_runner : public testing::Test {
 protected:
-    conference_runner();
-    ~conference_runner() override;
-
     /// Writes a recording. @param format  a major format and a sample type of the library of audio files
-    void record(const std::string& name, const audio& content, int rate = 48000, int format = wav_float);
-    void write_text(const std::string& name, const std::string& content);
+    void record(const std::string& name, const audio& content, int rate = 48000,
+                int format = SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    void write_text(const std::string& name, const std::string& content) { directory.write(name, content); }
 
     /// Runs a program inside the folder. @param arguments  as in a shell
     outcome run(const std::string& program, const std::string& arguments);
@@ -41,9 +42,6 @@ protected:
     /// What the participant heard; fails the test when the file is missing.
     audio mix(const std::string& name) { return read("mixes/" + name + ".wav"); }
 
-    static const int wav_float;
-    static const int wav_16;
-    static const int flac;
-
-    std::filesystem::path folder;
+    const test_kit::temporary_directory directory;
+    const std::filesystem::path folder = directory.path();
 };

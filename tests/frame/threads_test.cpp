@@ -1,12 +1,10 @@
 // The lock of manager and rooms; then everything at once, for ThreadSanitizer and for the count of heads.
 #include "frame/shared_lock.h"
-#include "kit/engine.h"
+#include "kit/host.h"
 
 #include <atomic>
 #include <chrono>
-#include <gtest/gtest.h>
-#include <thread>
-#include <vector>
+#include <future>
 
 namespace {
 
@@ -14,71 +12,57 @@ using namespace std::chrono_literals;
 using shared_guard = nestable_shared_mutex::shared_guard;
 using exclusive_guard = nestable_shared_mutex::exclusive_guard;
 
+/// Starts a thread, which ends before its handle does.
+template <class Work>
+std::future<void> on_a_thread(Work work) {
+    return std::async(std::launch::async, work);
+}
+
 TEST(SharedLock, SharedLockingNestsWhileAnExclusiveCallerWaits) {
     nestable_shared_mutex lock;
-    std::atomic<bool> held_exclusively{false};
-    std::thread writer;
+    std::future<void> writer;
     {
         const shared_guard outer(lock);
-        writer = std::thread([&] {
-            const exclusive_guard guard(lock);
-            held_exclusively = true;
-        });
-        std::this_thread::sleep_for(50ms);
+        writer = on_a_thread([&] { const exclusive_guard guard(lock); });
+        EXPECT_EQ(writer.wait_for(50ms), std::future_status::timeout);
         const shared_guard inner(lock); // would wait for ever behind the writer otherwise
         EXPECT_TRUE(lock.held_by_this_thread());
-        EXPECT_FALSE(held_exclusively);
     }
     EXPECT_FALSE(lock.held_by_this_thread());
-    writer.join();
+    writer.wait();
 }
 
 TEST(SharedLock, SharedLockingNestsInsideTheOwnExclusiveLock) {
     nestable_shared_mutex lock;
     const nestable_shared_mutex other;
-    std::atomic<bool> entered{false};
-    std::thread reader;
+    std::future<void> reader;
+    const exclusive_guard outer(lock);
     {
-        const exclusive_guard outer(lock);
-        {
-            const shared_guard inner(lock);
-            EXPECT_FALSE(other.held_by_this_thread());
-        }
-        reader = std::thread([&] {
-            const shared_guard guard(lock);
-            entered = true;
-        });
-        std::this_thread::sleep_for(30ms);
-        EXPECT_FALSE(entered) << "the end of the nested guard gave the lock away";
+        const shared_guard inner(lock);
+        EXPECT_FALSE(other.held_by_this_thread());
     }
-    reader.join();
+    reader = on_a_thread([&] { const shared_guard guard(lock); });
+    EXPECT_EQ(reader.wait_for(30ms), std::future_status::timeout)
+        << "the end of the nested guard gave it away";
 }
 
 TEST(SharedLock, AnExclusiveCallerDoesNotStarveUnderSteadyReaders) {
     nestable_shared_mutex lock;
     std::atomic<bool> stop{false};
-    std::vector<std::thread> readers(3);
-    for (std::thread& reader : readers) {
-        reader = std::thread([&] {
+    std::vector<std::future<void>> threads;
+    for (int reader = 0; reader < 3; ++reader)
+        threads.push_back(on_a_thread([&] {
             while (!stop) {
                 const shared_guard guard(lock);
                 std::this_thread::sleep_for(2ms); // overlaps with the others, so somebody always holds it
             }
-        });
-    }
-    std::atomic<int> entered{0};
-    std::thread writer([&] {
-        for (; entered < 20; ++entered) {
+        }));
+    const std::future<void> writer = on_a_thread([&] {
+        for (int entered = 0; entered < 20; ++entered)
             const exclusive_guard guard(lock);
-        }
     });
-    for (int wait = 0; wait < 2000 && entered < 20; ++wait)
-        std::this_thread::sleep_for(5ms);
-    EXPECT_EQ(entered, 20);
+    EXPECT_EQ(writer.wait_for(10s), std::future_status::ready);
     stop = true;
-    writer.join();
-    for (std::thread& reader : readers)
-        reader.join();
 }
 
 TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
@@ -86,12 +70,12 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
     qnl_handle const handle = engine.handle();
     constexpr int permanent = 3;
     std::atomic<bool> stop{false};
-    std::vector<std::thread> threads;
+    std::vector<std::future<void>> threads;
     const auto run = [&](auto work) {
-        threads.emplace_back([&stop, work] {
+        threads.push_back(on_a_thread([&stop, work] {
             for (int round = 0; !stop; ++round)
                 work(round);
-        });
+        }));
     };
     const std::vector<float> block(480, 0.1F);
     std::atomic<int> heard{0};
@@ -110,11 +94,11 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
         qnl_remove_participant(handle, 1, 100);
     });
     run([&](int round) {
-        qnl_set_participant_seat(handle, 1, 1 + round % permanent, 1 + round % 7);
-        qnl_set_participant_state(handle, 1, 1 + round % permanent, QNL_CONTROL_SIDEBAR_ROOM, round % 2);
-        qnl_set_participant_name(handle, 1, 1 + round % permanent,
-                                 round % 2 == 0 ? "a" : "a much longer name than a");
-        qnl_flush_data(handle, 1, 1 + round % permanent);
+        const int id = 1 + round % permanent;
+        qnl_set_participant_seat(handle, 1, id, 1 + round % 7);
+        qnl_set_participant_state(handle, 1, id, QNL_CONTROL_SIDEBAR_ROOM, round % 2);
+        qnl_set_participant_name(handle, 1, id, round % 2 == 0 ? "a" : "a much longer name than a");
+        qnl_flush_data(handle, 1, id);
     });
     run([&](int round) {
         int numbers[3];
@@ -129,8 +113,7 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
     });
     std::this_thread::sleep_for(700ms);
     stop = true;
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     EXPECT_GT(heard, 0);
     EXPECT_EQ(engine.participant_count(), permanent);
 }

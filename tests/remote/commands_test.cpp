@@ -1,5 +1,4 @@
 // Every command: what it answers, and what it has done as later commands see it.
-#include "kit/log_capture.h"
 #include "remote_room.h"
 
 namespace {

@@ -2,14 +2,10 @@
 #pragma once
 
 #include "frame/sound_manager.h"
-#include "kit/engine.h"
-#include "kit/temporary_directory.h"
+#include "kit/host.h"
 
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <string>
 #include <utility>
-#include <vector>
 
 using nlohmann::json;
 

@@ -1,9 +1,7 @@
 // Requests that are not well: one answer of the same shape each, and nothing done.
-#include "kit/allocation_counter.h"
 #include "remote_room.h"
 
 #include <atomic>
-#include <thread>
 
 namespace {
 
@@ -75,18 +73,16 @@ TEST_F(remote_room, answers_what_is_no_json_with_the_parsers_text) {
         "[1e999]", std::string(3000000, '['), std::string(3000000, '"'), "{\"a\":\"\xc3"};
     for (size_t length = 0; length < whole.size(); ++length)
         broken.push_back(whole.substr(0, length));
+    broken.push_back(nested(257));
+    broken.push_back(nested(100000));
     for (const std::string& text : broken) {
-        const json response = json::parse(answer_text(text));
-        EXPECT_EQ(response["Status"], "ERROR");
-        EXPECT_EQ(response["Error Code"], QNL_ERROR_INVALID_VALUE);
+        json response = json::parse(answer_text(text));
         EXPECT_THAT(response["Error Description"],
                     AnyOf(StartsWith("[json.exception."), HasSubstr("deeper than 256 levels")));
-        EXPECT_TRUE(response["Request"].is_null());
-        EXPECT_EQ(response.size(), 4U);
+        response.erase("Error Description");
+        EXPECT_EQ(response, json::parse(R"({"Status":"ERROR","Error Code":-9990,"Request":null})"));
     }
     EXPECT_EQ(answer(nested(256))["Status"], "OK");
-    EXPECT_TRUE(json::parse(answer_text(nested(257)))["Request"].is_null());
-    EXPECT_TRUE(json::parse(answer_text(nested(100000)))["Request"].is_null());
 }
 
 TEST_F(remote_room, gives_back_all_memory_of_a_request) {
@@ -110,17 +106,15 @@ TEST_F(remote_room, gives_back_all_memory_of_a_request) {
 
 TEST_F(remote_room, takes_requests_on_several_threads_beside_audio) {
     std::atomic<bool> stop{false};
-    const auto repeat = [&](const std::string& request) {
-        while (!stop)
-            EXPECT_EQ(answer(request)["Status"], "OK");
-    };
-    std::thread clients[] = {
-        std::thread(
-            repeat,
-            R"({"Command":"get_participant_state","room_id":1,"participant_id":1,"control_to_edit":2})"),
-        std::thread(repeat,
-                    R"({"Command":"set_participant_seat","room_id":1,"participant_id":2,"seat_id":3})"),
-        std::thread(repeat, R"({"Command":"set_room_layout","room_id":1,"layout_id":1})")};
+    std::vector<std::thread> clients;
+    for (const char* const request :
+         {R"({"Command":"get_participant_state","room_id":1,"participant_id":1,"control_to_edit":2})",
+          R"({"Command":"set_participant_seat","room_id":1,"participant_id":2,"seat_id":3})",
+          R"({"Command":"set_room_layout","room_id":1,"layout_id":1})"})
+        clients.emplace_back([&stop, request, this] {
+            while (!stop)
+                EXPECT_EQ(answer(request)["Status"], "OK");
+        });
     std::vector<float> block(960);
     for (int period = 0; period < 200; ++period) {
         EXPECT_EQ(qnl_input_audio_float(handle_, 1, 2, block.data(), 480), QNL_ERROR_NONE);

@@ -1,108 +1,75 @@
 #include "voice/limiter.h"
 
-#include "kit/allocation_counter.h"
-#include "kit/compare.h"
-#include "kit/signals.h"
-
-#include <algorithm>
-#include <cmath>
-#include <gmock/gmock.h>
-#include <limits>
+#include "kit/audio.h"
 
 namespace {
 
 using namespace test_kit;
-using samples = std::vector<float>;
 
 constexpr int block = 480;
 constexpr size_t latency = 9;
 constexpr float ceiling = 0.977237F;
 
-/// A participant's limiter and what it made of all it was given.
-struct run {
-    quenlis_limiter limiter{-0.2F, 0.2F, 48000, 2, block};
-    samples left;
-    samples right;
-
-    void feed(const samples& left_in, const samples& right_in) {
-        for (size_t start = 0; start < left_in.size(); start += block) {
-            samples x(2 * block);
-            std::copy_n(left_in.begin() + static_cast<std::ptrdiff_t>(start), block, x.begin());
-            std::copy_n(right_in.begin() + static_cast<std::ptrdiff_t>(start), block, x.begin() + block);
-            limiter.process(x.data(), x.data());
-            left.insert(left.end(), x.begin(), x.begin() + block);
-            right.insert(right.end(), x.begin() + block, x.end());
-        }
+/// The limiter of a participant.
+struct participants_limiter : quenlis_limiter {
+    participants_limiter() : quenlis_limiter(-0.2F, 0.2F, 48000, 2, block) {}
+    stereo of(const stereo& in) {
+        return in_planar_blocks(in, block, [this](float* x) { process(x, x); });
     }
 };
 
 samples late(const samples& x) {
-    samples y(latency);
-    y.insert(y.end(), x.begin(), x.end() - latency);
-    return y;
+    return planar(samples(latency), part(x, 0, x.size() - latency));
 }
 
 TEST(Limiter, LeavesWhatIsBelowTheCeilingAsItIsNineFramesLate) {
-    run quiet;
-    const samples left = noise(4 * block, 1, 0.97F);
-    const samples right = noise(4 * block, 2, 0.97F);
-    samples silence(2 * block);
-    const allocation_counter heap;
-    quiet.limiter.process(silence.data(), silence.data());
-    EXPECT_EQ(heap.allocations(), 0U);
-    quiet.feed(left, right);
-    EXPECT_TRUE(same_bits(late(left), quiet.left));
-    EXPECT_TRUE(same_bits(late(right), quiet.right));
+    const stereo quiet = {noise(4 * block, 1, 0.97F), noise(4 * block, 2, 0.97F)};
+    const stereo heard = participants_limiter().of(quiet);
+    EXPECT_TRUE(same_bits(late(quiet.left), heard.left));
+    EXPECT_TRUE(same_bits(late(quiet.right), heard.right));
 }
 
-TEST(Limiter, FollowsItsRecursionSampleBySample) {
-    run loud;
-    const samples left = speech_like(20 * block, 3);
-    samples right = noise(20 * block, 4, 3.0F);
-    std::fill(right.begin() + 2000, right.begin() + 5000, 0.0F);
-    loud.feed(left, right);
-    float held = ceiling;
-    float envelope = ceiling;
-    size_t held_for = 0;
-    samples expected(right.size());
-    for (size_t i = 0; i < right.size(); ++i) {
-        const float target = std::max({ceiling, std::abs(left[i]), std::abs(right[i])});
-        if (++held_for == latency || target > held) {
-            held = target;
-            held_for = 0;
-        }
-        envelope = held + (envelope - held) * (held > envelope ? 0.618966F : 0.990452F);
-        expected[i] = (i < latency ? 0.0F : right[i - latency]) * ceiling / envelope;
+TEST(Limiter, TurnsBothSidesDownToTheCeilingOfTheLouderAndHoldsAndReleasesThem) {
+    constexpr size_t loud_frames = 960;
+    constexpr size_t held_frames = 963; // a peak is looked at anew every nine frames
+    samples loud(8 * block);
+    std::fill_n(loud.begin(), loud_frames, -2.0F);
+    const samples beside(8 * block, 0.1F);
+    samples expected;
+    for (size_t i = 0; i < beside.size(); ++i) {
+        const double envelope = i < held_frames
+                                    ? 2.0 - (2.0 - ceiling) * std::pow(0.618966, i + 1)
+                                    : ceiling + (2.0 - ceiling) * std::pow(0.990452, i + 1 - held_frames);
+        expected.push_back(i < latency ? 0.0F : static_cast<float>(0.1 * ceiling / envelope));
     }
-    EXPECT_TRUE(error_below(expected, loud.right, -100.0)) << "the constants are given to six digits";
-}
-
-TEST(Limiter, HoldsTheCeilingAndTurnsBothSidesDownTogether) {
-    run constant;
-    constant.feed(samples(10 * block, -1.0F), samples(10 * block, 0.1F));
-    EXPECT_NEAR(constant.left.back(), -ceiling, 1e-6F);
-    EXPECT_NEAR(constant.right.back(), 0.1F * ceiling, 1e-7F);
+    const stereo left_loud = participants_limiter().of({loud, beside});
+    EXPECT_NEAR(left_loud.left[loud_frames], -ceiling, 1e-6F);
+    constexpr double six_digits_db = -100.0; // of the two constants
+    EXPECT_TRUE(error_below(expected, left_loud.right, six_digits_db));
+    EXPECT_TRUE(error_below(expected, participants_limiter().of({beside, loud}).left, six_digits_db));
 }
 
 TEST(Limiter, RecoversFromSamplesThatAreNoNumbers) {
-    for (const float wild :
-         {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()}) {
-        run struck;
-        struck.feed(samples(block, 0.5F), impulse(block, 100, wild));
+    using limits = std::numeric_limits<float>;
+    for (const float wild : {limits::infinity(), limits::quiet_NaN()}) {
+        participants_limiter limiter;
+        samples right(block);
+        right[100] = wild;
+        const stereo struck = limiter.of({samples(block, 0.5F), right});
         EXPECT_FALSE(std::isfinite(struck.right[100 + latency])) << "the sample itself leaves as it came";
         EXPECT_LT(struck.left[200], 1e-15F);
-        struck.feed(samples(120 * block, 0.5F), samples(120 * block, 0.5F));
-        EXPECT_NEAR(struck.left.back(), 0.5F, 1e-5F) << "as near as single precision lets the release come";
+        const samples after(120 * block, 0.5F);
+        EXPECT_NEAR(limiter.of({after, after}).left.back(), 0.5F, 1e-5F)
+            << "as near as single precision lets the release come";
     }
 }
 
 TEST(Limiter, OfOneChannelReadsAStereoBlockAndWritesTheLeftHalf) {
     quenlis_limiter mono(-0.2F, 0.2F, 48000, 1, block);
-    const samples x = planar(samples(block, 0.5F), samples(block, 100.0F));
     samples out(2 * block, -7.0F);
-    mono.process(x.data(), out.data());
+    mono.process(planar(samples(block, 0.5F), samples(block, 100.0F)).data(), out.data());
     EXPECT_EQ(out[block - 1], 0.5F) << "the right half counts for nothing";
-    EXPECT_THAT(samples(out.begin() + block, out.end()), testing::Each(-7.0F));
+    EXPECT_THAT(part(out, block, 2 * block), testing::Each(-7.0F));
 }
 
 } // namespace

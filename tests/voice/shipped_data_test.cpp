@@ -1,6 +1,6 @@
 // What the shipped data sets do to synthesised words and noise: well under what they reach on recordings, so that a
 // broken table or a set in another's place is found.
-#include "kit/signals.h"
+#include "kit/words.h"
 #include "voice/neural/anc.h"
 #include "voice/recurrent/rnn.h"
 
@@ -14,7 +14,6 @@
 namespace {
 
 using namespace test_kit;
-using samples = std::vector<float>;
 
 constexpr double least_gain = 4.0;              // dB, of SI-SDR at 5 dB SNR
 constexpr double least_attenuation = 15.0;      // dB, of noise alone

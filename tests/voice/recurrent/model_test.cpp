@@ -1,13 +1,10 @@
 #include "voice/recurrent/model.h"
 
-#include "kit/allocation_counter.h"
-#include "kit/temporary_directory.h"
+#include "kit/host.h"
 
 #include <fstream>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
-#include <string>
 
 namespace {
 

@@ -1,20 +1,11 @@
 #include "voice/recurrent/rnn.h"
 
-#include "dsp/flush_to_zero.h"
-#include "dsp/vector_targets.h"
-#include "kit/allocation_counter.h"
-#include "kit/compare.h"
-#include "kit/signals.h"
+#include "kit/audio.h"
 #include "voice/recurrent/network.h"
-
-#include <algorithm>
-#include <cmath>
-#include <gmock/gmock.h>
 
 namespace {
 
 using namespace test_kit;
-using samples = std::vector<float>;
 
 struct outcome {
     samples heard;
@@ -31,10 +22,6 @@ outcome listen(const samples& in, size_t block = 480) {
         result.pitch.push_back(denoiser.get_pitch());
     }
     return result;
-}
-
-samples cut(const samples& x, size_t from, size_t to) {
-    return {x.begin() + static_cast<std::ptrdiff_t>(from), x.begin() + static_cast<std::ptrdiff_t>(to)};
 }
 
 /// A voice of constant pitch: pulses through a resonance.
@@ -80,7 +67,7 @@ TEST(RecurrentDenoiser, IsLateByItsLatencyInEveryBlockLength) {
         const outcome result = listen(voice, block);
         EXPECT_EQ(find_delay(voice, result.heard, 3000), latency) << block;
         if (block == 512 || block == 1024) {
-            EXPECT_TRUE(same_bits(cut(voice, 0, block), cut(result.heard, 0, block)))
+            EXPECT_TRUE(same_bits(part(voice, 0, block), part(result.heard, 0, block)))
                 << "the first block passes dry";
         }
     }
@@ -90,34 +77,26 @@ TEST(RecurrentDenoiser, IsLateByItsLatencyInEveryBlockLength) {
 TEST(RecurrentDenoiser, KeepsSilentFramesWholeAndCutsActiveOnesAt20Kilohertz) {
     const samples faint = sine(48000, 21000.0, 2e-5F); // below the threshold of silence
     const samples loud = sine(48000, 21000.0, 0.2F);
-    EXPECT_NEAR(gain_db_at(cut(faint, 4800, 43200), cut(listen(faint).heard, 4800, 43200), 21000.0), 0.0,
+    EXPECT_NEAR(gain_db_at(part(faint, 4800, 43200), part(listen(faint).heard, 4800, 43200), 21000.0), 0.0,
                 0.1);
     samples with_voice = vowel(48000, 140.0);
     for (size_t i = 0; i < loud.size(); ++i)
         with_voice[i] += 0.1F * loud[i];
-    EXPECT_LT(gain_db_at(cut(with_voice, 4800, 43200), cut(listen(with_voice).heard, 4800, 43200), 21000.0),
+    EXPECT_LT(gain_db_at(part(with_voice, 4800, 43200), part(listen(with_voice).heard, 4800, 43200), 21000.0),
               -40.0);
 }
 
 TEST(RecurrentDenoiser, NeitherAllocatesNorDependsOnTheInstructionSet) {
     const samples voice = speech_like(24000, 4);
-    const outcome reference = listen(voice);
-    const int former = active_vector_target();
-    for (int target = 0; target < vector_target_count(); ++target) {
-        select_vector_target(target);
+    expect_same_bits_on_every_target([&] {
         const outcome result = listen(voice);
-        EXPECT_TRUE(same_bits(reference.heard, result.heard)) << vector_target_name(target);
-        EXPECT_TRUE(same_bits(reference.voice, result.voice)) << vector_target_name(target);
-        EXPECT_EQ(reference.pitch, result.pitch) << vector_target_name(target);
-    }
-    select_vector_target(former);
+        return planar(planar(result.heard, result.voice), {result.pitch.begin(), result.pitch.end()});
+    });
     quenlis_rnn denoiser(1024, 2);
-    samples x = planar(cut(voice, 0, 1024), cut(voice, 5000, 6024));
+    samples x = planar(part(voice, 0, 1024), part(voice, 5000, 6024));
     samples out(2048, 9.0F);
-    const allocation_counter heap;
-    denoiser.process(x.data(), out.data());
-    EXPECT_EQ(heap.allocations(), 0U);
-    EXPECT_TRUE(same_bits(cut(x, 0, 1024), cut(x, 1024, 2048)));
+    expect_no_allocation([&] { denoiser.process(x.data(), out.data()); });
+    EXPECT_TRUE(same_bits(part(x, 0, 1024), part(x, 1024, 2048)));
 }
 
 TEST(RecurrentDenoiser, CopiesTheFirstChannelOfItsInputAlsoWhenItOnlyListens) {
@@ -127,7 +106,7 @@ TEST(RecurrentDenoiser, CopiesTheFirstChannelOfItsInputAlsoWhenItOnlyListens) {
     samples scratch(960, 7.0F);
     denoiser.process(x.data(), scratch.data());
     EXPECT_TRUE(same_bits(planar(left, left), x)) << "otherwise untouched";
-    EXPECT_THAT(cut(scratch, 480, 960), testing::Each(7.0F))
+    EXPECT_THAT(part(scratch, 480, 960), testing::Each(7.0F))
         << "the second channel of a scratch block is left alone";
 }
 
