@@ -31,7 +31,7 @@ protected:
     /// Writes a recording. @param format  a major format and a sample type of the library of audio files
     void record(const std::string& name, const audio& content, int rate = 48000,
                 int format = SF_FORMAT_WAV | SF_FORMAT_FLOAT);
-    void write_text(const std::string& name, const std::string& content) { directory.write(name, content); }
+    void write_text(const std::string& name, const std::string& content) { directory_.write(name, content); }
 
     /// Runs a program inside the folder. @param arguments  as in a shell
     outcome run(const std::string& program, const std::string& arguments);
@@ -42,6 +42,6 @@ protected:
     /// What the participant heard; fails the test when the file is missing.
     audio mix(const std::string& name) { return read("mixes/" + name + ".wav"); }
 
-    const test_kit::temporary_directory directory;
-    const std::filesystem::path folder = directory.path();
+    const test_kit::temporary_directory directory_;
+    const std::filesystem::path folder = directory_.path();
 };

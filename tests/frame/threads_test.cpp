@@ -49,14 +49,14 @@ TEST(SharedLock, SharedLockingNestsInsideTheOwnExclusiveLock) {
 TEST(SharedLock, AnExclusiveCallerDoesNotStarveUnderSteadyReaders) {
     nestable_shared_mutex lock;
     std::atomic<bool> stop{false};
-    std::vector<std::future<void>> threads;
-    for (int reader = 0; reader < 3; ++reader)
-        threads.push_back(on_a_thread([&] {
+    std::future<void> readers[3];
+    for (std::future<void>& reader : readers)
+        reader = on_a_thread([&] {
             while (!stop) {
                 const shared_guard guard(lock);
                 std::this_thread::sleep_for(2ms); // overlaps with the others, so somebody always holds it
             }
-        }));
+        });
     const std::future<void> writer = on_a_thread([&] {
         for (int entered = 0; entered < 20; ++entered)
             const exclusive_guard guard(lock);
