@@ -83,12 +83,13 @@ double power(const samples& x) {
 
 /// The end, in seconds, of the last block whose error is above 10% of its own level or of the usual one.
 double recovery(const samples& expected, const samples& heard) {
+    const double usual = power(expected);
     double end = 0.0;
     for (size_t start = 0; start < expected.size(); start += block) {
         const samples wanted = part(expected, start, start + block);
         samples error = part(heard, start, start + block);
         std::transform(error.begin(), error.end(), wanted.begin(), error.begin(), std::minus<>());
-        if (!(power(error) <= 0.01 * (power(wanted) + power(expected))))
+        if (!(power(error) <= 0.01 * (power(wanted) + usual)))
             end = static_cast<double>(start + block) / second;
     }
     return end;
