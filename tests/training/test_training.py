@@ -86,8 +86,10 @@ class Models(unittest.TestCase):
 
     def test_voice_is_loud_frames_and_silence_is_far_from_them(self):
         energy = np.concatenate([np.zeros(60), np.full(40, 1e6), np.full(20, 1e3), np.zeros(60)])
-        voice = voice_of(energy)
-        self.assertEqual(set(voice[60:100]), {1.0})
+        noise = np.where(np.arange(len(energy)) < 70, 1e8, 1.0)
+        voice = voice_of(energy, energy + noise)
+        self.assertEqual(set(voice[60:70]), {-1.0}, "drowned in noise")
+        self.assertEqual(set(voice[70:100]), {1.0})
         self.assertEqual(set(voice[100:120]), {-1.0})
         self.assertEqual(set(voice[:50]) | set(voice[140:]), {0.0})
 

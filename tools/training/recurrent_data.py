@@ -17,33 +17,44 @@ ROW = FEATURES + 2 * BANDS + 2
 BAND_TOP_HZ = 200 * np.array([1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 20, 24, 28, 34, 40, 48, 60, 78, 100, 100])
 UNKNOWN = -1.0
 INAUDIBLE = 0.05  # band energy in the engine's scale
+FAINT = 1e-5  # band energy relative to a whole frame in the loud parts of an example
+DROWNED = 0.15  # share of a frame's energy that voice needs to be heard
 EXAMPLE_S, EXAMPLES = 12, 8  # in one file
 HANGOVER, ONSET = 12, 4  # frames beside voice that count neither way
 
 
-def voice_of(energy):
-    """1 where the clean talker speaks, 0 where nothing is near, unknown between; `energy` of one example's frames."""
-    level = 10 * np.log10(energy + 1e-3)
+def voice_of(clean, heard):
+    """1 where the talker can be heard to speak, 0 where no speech is near, unknown between; of the energies of one
+    example's frames, the talker's alone and all that is heard."""
+    level = 10 * np.log10(clean + 1e-3)
     loud = np.percentile(level, 95)
     if loud < 5:
         return np.zeros(len(level), np.float32)
     voice = np.full(len(level), UNKNOWN, np.float32)
-    voice[level > loud - 25] = 1
+    voice[(level > loud - 25) & (clean > DROWNED * heard)] = 1
     near = np.convolve(level > loud - 45, np.ones(HANGOVER + ONSET + 1), "full")[ONSET:][: len(level)] > 0
-    voice[~near & (voice < 0)] = 0
+    voice[~near] = 0
     return voice
+
+
+def gains_of(clean, heard, edge_hz):
+    """Ideal gains of the bands, of the energies of one example's frames; unknown where nothing can be heard and above
+    the recording's own edge."""
+    louder = np.maximum(clean, heard)
+    gains = np.sqrt(np.minimum(1, clean / (heard + 1e-9)))
+    faint = max(INAUDIBLE, FAINT * np.percentile(heard.sum(1), 95))
+    gains[(louder < faint) | (BAND_TOP_HZ > edge_hz)] = UNKNOWN
+    return gains.astype(np.float32)
 
 
 def targets(heard, clean, edges_hz):
     """Features, ideal gains and voice of the active rows of one file."""
-    energy, clean_energy = (rows[:, FEATURES : FEATURES + BANDS] for rows in (heard, clean))
-    gains = np.sqrt(np.minimum(1, clean_energy / (energy + 1e-9)))
-    per_example = len(heard) // EXAMPLES
-    edges = np.repeat(edges_hz, per_example)[: len(heard), None]
-    gains[(np.maximum(energy, clean_energy) < INAUDIBLE) | (BAND_TOP_HZ > edges)] = UNKNOWN
-    voice = np.concatenate([voice_of(part.sum(1)) for part in np.split(clean_energy, EXAMPLES)])
+    energies = [np.split(rows[:, FEATURES : FEATURES + BANDS], EXAMPLES) for rows in (clean, heard)]
+    examples = list(zip(*energies, edges_hz))
+    gains = np.concatenate([gains_of(*example) for example in examples])
+    voice = np.concatenate([voice_of(speech.sum(1), all_.sum(1)) for speech, all_, _ in examples])
     active = heard[:, -1] > 0
-    return heard[active, :FEATURES], gains[active].astype(np.float32), voice[active]
+    return heard[active, :FEATURES], gains[active], voice[active]
 
 
 def dump(program, options, pairs):
