@@ -57,6 +57,13 @@ TEST(VectorMath, TanhIsOddWithinOneAndGoodToSixDigits) {
         }
 }
 
+TEST(VectorMath, SigmoidHasTheBitsOfTheLibrarysExponential) {
+    for (const float limit : {1.0e-20F, 0.1F, 10.0F, 88.0F, 1.0e4F})
+        for (const float a : spread(0.0F, limit))
+            for (const float b : {a, -a})
+                EXPECT_EQ(of(qnl_sigmoid, b), 1.0F / (1.0F + std::exp(-b))) << b;
+}
+
 TEST(VectorMath, LogarithmIsGoodToSixDigitsAroundOneToo) {
     for (const auto& [low, high] :
          {std::pair{1.0e-38F, 1.0e-30F}, {1.0e-3F, 0.1F}, {0.99F, 1.01F}, {0.5F, 2.0F}, {1.0F, 3.0e38F}})
@@ -96,6 +103,7 @@ void expect_like_library(float got, double wanted, const char* what, float a, fl
 TEST(VectorMath, SpecialValuesGoTheWayOfTheCLibrary) {
     for (const float a : turning_points()) {
         expect_like_library(of(qnl_tanh, a), std::tanh(a), "tanh", a);
+        expect_like_library(of(qnl_sigmoid, a), 1.0F / (1.0F + std::exp(-a)), "sigmoid", a);
         expect_like_library(of(qnl_log10, a), std::log10(a), "log10", a);
         for (const float b : turning_points()) {
             expect_like_library(power(a, b), std::pow(a, b), "pow", a, b);

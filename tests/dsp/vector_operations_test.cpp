@@ -179,6 +179,7 @@ std::vector<operation> operations() {
              for (int i = 0; i < 2 * n; ++i)
                  x[i / 2 + (i % 2) * n] = a[i];
          }},
+        f::of("sigmoid", qnl_sigmoid),
         f::of("tanh", qnl_tanh),
         f::of("log10", qnl_log10),
         f::of("log10_I", qnl_log10_I),
