@@ -1,12 +1,13 @@
 #include "dsp/discrete_transform.h"
 
+#include <complex>
 #include <cstddef>
 #include <vector>
 
 #include "dsp/fft_kernels.h"
 #include "dsp/vector_kernels.h"
 
-complex_transform::complex_transform(int size) : plan_(size), work_(qnl_make_buffer_32f(4 * size)) {}
+complex_transform::complex_transform(int size) : plan_(size), work_(qnl_make_buffer_32fc(2 * size)) {}
 
 void complex_transform::forward(const complex32f* in, complex32f* out) {
     active_kernels.fft->transform(plan_, in, out, work_.get(), false);
@@ -21,10 +22,12 @@ real_transform::real_transform(int size)
       half_(size / 2),
       factors_(qnl_make_buffer_32fc(size / 4)),
       packed_(qnl_make_buffer_32fc(size / 2)) {
-    const std::vector<complex32f> roots = unit_roots(size);
+    const std::vector<std::complex<double>> roots = unit_roots(size);
     for (int k = 1; k <= size / 4; ++k) {
-        const complex32f root = roots[static_cast<std::size_t>(k)];
-        factors_[static_cast<std::size_t>(k - 1)] = {0.5F * root.im, -0.5F * root.re};
+        const std::complex<double> root =
+            roots[static_cast<std::size_t>(k <= gentle_bins(size / 2) ? k : size / 4 - k)];
+        factors_[static_cast<std::size_t>(k - 1)] = {static_cast<float>(1.0 - root.real()),
+                                                     static_cast<float>(root.imag())};
     }
 }
 

@@ -10,7 +10,7 @@
 /// The transform of complex values.
 class complex_transform {
 public:
-    /// @param size  N, from 1 up, a product of powers of 2, 3 and 5; quick when it is a multiple of 64
+    /// @param size  N, from 1 up, a product of powers of 2, 3 and 5; quick when it is a multiple of 32
     explicit complex_transform(int size);
 
     /// out[k] = sum over m of in[m] e^(-j 2 pi k m / N), for N values. `in` may be `out`.
@@ -20,7 +20,7 @@ public:
 
 private:
     fft_plan plan_;
-    qnl_buffer_32f work_;
+    qnl_buffer_32fc work_;
 };
 
 /// The transform of real samples, by a complex one of half the length.

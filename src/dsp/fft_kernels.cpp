@@ -30,154 +30,184 @@ HWY_INLINE V times(V value, float factor) {
     return hn::Mul(value, hn::Set(hn::DFromV<V>(), factor));
 }
 
+template <class V>
+HWY_INLINE V times(V value, V factor) {
+    return hn::Mul(value, factor);
+}
+
+template <class V>
+HWY_INLINE V times_j(V value) {
+    const hn::DFromV<V> tag;
+    return hn::Xor(hn::Shuffle2301(value), hn::OddEven(hn::Zero(tag), hn::Set(tag, -0.0F)));
+}
+
+template <class V>
+HWY_INLINE V times_minus_j(V value) {
+    const hn::DFromV<V> tag;
+    return hn::Xor(hn::Shuffle2301(value), hn::OddEven(hn::Set(tag, -0.0F), hn::Zero(tag)));
+}
+
 #include "dsp/fft_butterflies-inl.h"
 
-// The lanes of the passes at both ends, and of the second one: a run of 8 values can't fill more.
+// Vectors hold complex values side by side. Those of the first pass are no longer than 4 groups.
 using narrow_tag = hn::CappedTag<float, 8>;
 using wide_tag = hn::ScalableTag<float>;
 
 template <class Tag>
-using complex_vector = complex_value<hn::Vec<Tag>>;
-
-struct parts {
-    float* re;
-    float* im;
-};
-
-HWY_INLINE parts operator+(parts a, std::ptrdiff_t values) {
-    return {a.re + values, a.im + values};
+HWY_INLINE std::ptrdiff_t values_in(Tag tag) {
+    return static_cast<std::ptrdiff_t>(hn::Lanes(tag) / 2);
 }
 
 template <class Tag>
-HWY_INLINE complex_vector<Tag> load(Tag tag, parts from) {
-    return {hn::LoadU(tag, from.re), hn::LoadU(tag, from.im)};
+HWY_INLINE hn::Vec<Tag> load(Tag tag, const complex32f* from) {
+    return hn::LoadU(tag, reinterpret_cast<const float*>(from));
 }
 
 template <class Tag>
-HWY_INLINE void store(complex_vector<Tag> x, Tag tag, parts to) {
-    hn::StoreU(x.re, tag, to.re);
-    hn::StoreU(x.im, tag, to.im);
+HWY_INLINE void store(hn::Vec<Tag> x, Tag tag, complex32f* to) {
+    hn::StoreU(x, tag, reinterpret_cast<float*>(to));
 }
 
-/// Four vectors, lane i of each block of 128 bits gathered in vector i.
+/// Stores four of the eight outputs of each group, whose lanes are groups.
 template <class Tag>
-HWY_INLINE void transpose_blocks(Tag tag, hn::Vec<Tag>& a, hn::Vec<Tag>& b, hn::Vec<Tag>& c,
-                                 hn::Vec<Tag>& d) {
-    const auto ac_lower = hn::InterleaveLower(tag, a, c);
-    const auto ac_upper = hn::InterleaveUpper(tag, a, c);
-    const auto bd_lower = hn::InterleaveLower(tag, b, d);
-    const auto bd_upper = hn::InterleaveUpper(tag, b, d);
-    a = hn::InterleaveLower(tag, ac_lower, bd_lower);
-    b = hn::InterleaveUpper(tag, ac_lower, bd_lower);
-    c = hn::InterleaveLower(tag, ac_upper, bd_upper);
-    d = hn::InterleaveUpper(tag, ac_upper, bd_upper);
-}
-
-/// Stores eight outputs of each group in the order 0 1 4 5 2 3 6 7, which spares the last pass half of its
-/// shuffling. The lanes are groups in the order of load_groups.
-template <class Tag>
-HWY_INLINE void store_groups(hn::Vec<Tag>* x, Tag tag, float* to, std::ptrdiff_t group) {
-    transpose_blocks(tag, x[0], x[1], x[4], x[5]);
-    transpose_blocks(tag, x[2], x[3], x[6], x[7]);
-    float* const first = to + 8 * ((group & ~7) + (group & 4) / 2);
-    constexpr int halves[8] = {0, 1, 4, 5, 2, 3, 6, 7};
-    for (int i = 0; i < 4; ++i) {
-        const auto a = x[halves[i]];
-        const auto b = x[halves[4 + i]];
-        float* const row = first + 8 * (i / 2 + 4 * (i % 2));
-        if constexpr (hn::MaxLanes(Tag()) == 8) {
-            hn::StoreU(hn::ConcatLowerLower(tag, b, a), tag, row);
-            hn::StoreU(hn::ConcatUpperUpper(tag, b, a), tag, row + 16);
-        } else {
-            hn::StoreU(a, tag, row);
-            hn::StoreU(b, tag, row + 4);
-        }
+HWY_INLINE void store_groups(const hn::Vec<Tag>* x, Tag tag, complex32f* to) {
+    const hn::Repartition<std::uint64_t, Tag> pairs;
+    const auto lower = [=](int i) INLINE_HWY_ATTR {
+        return hn::BitCast(
+            tag, hn::InterleaveLower(pairs, hn::BitCast(pairs, x[i]), hn::BitCast(pairs, x[i + 1])));
+    };
+    const auto upper = [=](int i) INLINE_HWY_ATTR {
+        return hn::BitCast(
+            tag, hn::InterleaveUpper(pairs, hn::BitCast(pairs, x[i]), hn::BitCast(pairs, x[i + 1])));
+    };
+    if constexpr (hn::MaxLanes(Tag()) == 8) {
+        store(hn::ConcatLowerLower(tag, lower(2), lower(0)), tag, to);
+        store(hn::ConcatLowerLower(tag, upper(2), upper(0)), tag, to + 8);
+        store(hn::ConcatUpperUpper(tag, lower(2), lower(0)), tag, to + 16);
+        store(hn::ConcatUpperUpper(tag, upper(2), upper(0)), tag, to + 24);
+    } else {
+        store(lower(0), tag, to);
+        store(lower(2), tag, to + 2);
+        store(upper(0), tag, to + 8);
+        store(upper(2), tag, to + 10);
     }
 }
 
-/// Values of one group for each lane, from group `group` on: of eight groups they come in the order
-/// 0 4 1 5 2 6 3 7, which takes the least shuffling.
-template <bool Inverse, class Tag>
-HWY_INLINE complex_vector<Tag> load_groups(Tag tag, const complex32f* in, std::ptrdiff_t group) {
-    const auto* const first = reinterpret_cast<const float*>(in + (group & ~7) + (group & 4) / 2);
-    const auto a = hn::LoadU(tag, first);
-    const auto b = hn::LoadU(tag, first + 8);
-    const complex_vector<Tag> x = {hn::OddEven(hn::Shuffle2301(b), a), hn::OddEven(b, hn::Shuffle2301(a))};
-    return Inverse ? complex_vector<Tag>{x.im, x.re} : x;
-}
-
-/// The pass with a run of 1 and radix 8. Its lanes are groups.
-template <bool Inverse>
-void first_pass(const fft_pass& pass, const complex32f* in, parts to) {
+/// Groups of the pass with a run of 1 and radix 8, from `group` to before `end`: those ahead, or Behind. Its
+/// lanes are groups.
+template <bool Inverse, bool Behind>
+HWY_INLINE void first_pass_of(std::ptrdiff_t group, std::ptrdiff_t end, std::ptrdiff_t groups,
+                              const float* rotations, const complex32f* in, complex32f* to) {
     const narrow_tag tag;
     using vector = hn::Vec<narrow_tag>;
+    for (; group < end; group += values_in(tag)) {
+        vector x[8];
+        const auto value = [=](std::ptrdiff_t k) INLINE_HWY_ATTR {
+            return load(tag, in + (place_of<8>(k, Behind) * groups + group));
+        };
+        const auto angle = [=](std::ptrdiff_t j) INLINE_HWY_ATTR {
+            const float* const factors = rotations + 2 * (group + 2 * groups * (j - 1));
+            return turn<vector>{hn::LoadU(tag, factors), hn::LoadU(tag, factors + 2 * groups)};
+        };
+        const auto keep = [&](std::ptrdiff_t j, vector output) INLINE_HWY_ATTR { x[j] = output; };
+        butterfly<8>::apply(value, turned_outputs<Inverse, 8, decltype(angle), decltype(keep)>{angle, keep});
+        store_groups(x, tag, to + 8 * group);
+        store_groups(x + 4, tag, to + 8 * group + 4);
+    }
+}
+
+// No pass is inlined where it is called: GCC spills less when it has one at a time.
+template <bool Inverse>
+HWY_NOINLINE void first_pass(const fft_pass& pass, const complex32f* in, complex32f* to) {
     const std::ptrdiff_t groups = pass.groups;
-    const float* const rotations = pass.rotations;
-    for (std::ptrdiff_t group = 0; group < groups; group += static_cast<std::ptrdiff_t>(hn::Lanes(tag))) {
-        vector re[8];
-        vector im[8];
-        const auto value = [=](std::ptrdiff_t k)
-                               INLINE_HWY_ATTR { return load_groups<Inverse>(tag, in + k * groups, group); };
-        butterfly<8>::apply(value, [&](std::ptrdiff_t j, auto output) INLINE_HWY_ATTR {
-            if (j > 0) {
-                const float* const factors = rotations + group + 2 * groups * (j - 1);
-                output = rotated(output, hn::LoadU(tag, factors), hn::LoadU(tag, factors + groups));
-            }
-            re[j] = output.re;
-            im[j] = output.im;
-        });
-        store_groups(re, tag, to.re, group);
-        store_groups(im, tag, to.im, group);
+    const std::ptrdiff_t ahead = pass.ahead;
+    first_pass_of<Inverse, false>(0, ahead, groups, pass.rotations, in, to);
+    first_pass_of<Inverse, true>(ahead, groups, groups, pass.rotations, in, to);
+}
+
+/// The butterflies of a group whose values 0 and 1 begin at `first` and `second`, the others `step` apart.
+template <bool Inverse, int Radix, bool Turns>
+HWY_INLINE void butterflies_of_group(std::ptrdiff_t run, std::ptrdiff_t step, const float* factors,
+                                     const complex32f* first, const complex32f* second, complex32f* to) {
+    const wide_tag tag;
+    using vector = hn::Vec<wide_tag>;
+    for (std::ptrdiff_t q = 0; q < run; q += values_in(tag)) {
+        const auto value = [=](std::ptrdiff_t k) INLINE_HWY_ATTR {
+            return load(tag, (k == 0 ? first : second + step * (k - 1)) + q);
+        };
+        const auto angle = [=](std::ptrdiff_t j) INLINE_HWY_ATTR {
+            return turn<vector>{hn::Set(tag, factors[2 * j - 2]), hn::Set(tag, factors[2 * j - 1])};
+        };
+        const auto put = [=](std::ptrdiff_t j, vector output)
+                             INLINE_HWY_ATTR { store(output, tag, to + (q + run * j)); };
+        if constexpr (Turns)
+            butterfly<Radix>::apply(
+                value, turned_outputs<Inverse, Radix, decltype(angle), decltype(put)>{angle, put});
+        else
+            butterfly<Radix>::apply(value, straight_outputs<Inverse, Radix, decltype(put)>{put});
     }
 }
 
-template <int Radix, bool Rotates, class Tag>
-HWY_INLINE void butterflies_of_group(Tag tag, std::ptrdiff_t run, std::ptrdiff_t groups, const float* factors,
-                                     parts from, parts to) {
-    for (std::ptrdiff_t q = 0; q < run; q += static_cast<std::ptrdiff_t>(hn::Lanes(tag))) {
-        const auto value = [=](std::ptrdiff_t k)
-                               INLINE_HWY_ATTR { return load(tag, from + (q + run * groups * k)); };
-        butterfly<Radix>::apply(value, [=](std::ptrdiff_t j, auto output) INLINE_HWY_ATTR {
-            if (Rotates && j > 0)
-                output = rotated(output, hn::Set(tag, factors[2 * j - 2]), hn::Set(tag, factors[2 * j - 1]));
-            store(output, tag, to + (q + run * j));
-        });
-    }
-}
-
-template <int Radix, class Tag>
-void middle_pass(Tag tag, const fft_pass& pass, parts from, parts to) {
+template <bool Inverse, int Radix>
+HWY_NOINLINE void middle_pass(const fft_pass& pass, const complex32f* from, complex32f* to) {
     const std::ptrdiff_t run = pass.run;
     const std::ptrdiff_t groups = pass.groups;
+    const std::ptrdiff_t step = run * groups;
+    const std::ptrdiff_t ahead = pass.ahead;
     const float* factors = pass.rotations;
-    butterflies_of_group<Radix, false>(tag, run, groups, factors, from, to);
+    butterflies_of_group<Inverse, Radix, false>(run, step, factors, from, from + step, to);
     for (std::ptrdiff_t group = 1; group < groups; ++group) {
-        factors += 2 * (Radix - 1);
-        butterflies_of_group<Radix, true>(tag, run, groups, factors, from + run * group,
-                                          to + Radix * run * group);
+        factors += 2 * (Radix / 2);
+        to += Radix * run;
+        from += run;
+        const bool behind = group >= ahead;
+        butterflies_of_group<Inverse, Radix, true>(run, step, factors,
+                                                   from + place_of<Radix>(0, behind) * step,
+                                                   from + place_of<Radix>(1, behind) * step, to);
     }
 }
 
-/// Stores values from q on, whose lanes come in the order of store_groups.
-template <class Tag>
-HWY_INLINE void store_in_order(complex_vector<Tag> x, Tag tag, complex32f* out, std::ptrdiff_t q) {
-    auto* const to = reinterpret_cast<float*>(out + (q & ~7) + (q & 4) / 2);
-    hn::StoreU(hn::InterleaveLower(tag, x.re, x.im), tag, to);
-    hn::StoreU(hn::InterleaveUpper(tag, x.re, x.im), tag, to + 8);
-}
-
-/// The pass with one group.
-template <bool Inverse, int Radix, class Tag>
-void last_pass(Tag tag, const fft_pass& pass, parts from, complex32f* out, float scale) {
-    const std::ptrdiff_t run = pass.run;
-    for (std::ptrdiff_t q = 0; q < run; q += static_cast<std::ptrdiff_t>(hn::Lanes(tag))) {
+/// The pass with one group. What it stores is finish(output).
+template <bool Inverse, int Radix, class Finish>
+HWY_NOINLINE void last_pass(const fft_plan& plan, const complex32f* from, complex32f* out, Finish finish) {
+    const wide_tag tag;
+    using vector = hn::Vec<wide_tag>;
+    const std::ptrdiff_t run = plan.passes().back().run;
+    const int* const order = plan.order().data();
+    for (std::ptrdiff_t q = 0; q < run; q += values_in(tag)) {
         const auto value = [=](std::ptrdiff_t k) INLINE_HWY_ATTR { return load(tag, from + (q + run * k)); };
-        butterfly<Radix>::apply(value, [=](std::ptrdiff_t j, auto output) INLINE_HWY_ATTR {
-            if (Inverse)
-                output = {times(output.im, scale), times(output.re, scale)};
-            store_in_order(output, tag, out + run * j, q);
-        });
+        const auto place = [=](std::ptrdiff_t j, std::ptrdiff_t first) INLINE_HWY_ATTR {
+            return out + (j == 0 && first < 0 ? first + Radix * run : first + run * j);
+        };
+        const std::ptrdiff_t lower = order[q];
+        const std::ptrdiff_t upper = order[q + values_in(tag) / 2];
+        const auto put = [=](std::ptrdiff_t j, vector output) INLINE_HWY_ATTR {
+            const vector finished = finish(output);
+            if constexpr (hn::MaxLanes(wide_tag()) > 8) {
+                const hn::Half<wide_tag> half;
+                store(hn::LowerHalf(half, finished), half, place(j, lower));
+                store(hn::UpperHalf(half, finished), half, place(j, upper));
+            } else {
+                store(finished, tag, place(j, lower));
+            }
+        };
+        butterfly<Radix>::apply(value, straight_outputs<Inverse, Radix, decltype(put)>{put});
     }
+}
+
+template <bool Inverse, int Radix>
+void last_pass(const fft_plan& plan, const complex32f* from, complex32f* out) {
+    using vector = hn::Vec<wide_tag>;
+    const inverse_scale scale = plan.scale();
+    if constexpr (!Inverse)
+        last_pass<false, Radix>(plan, from, out, [](vector output) INLINE_HWY_ATTR { return output; });
+    else if (scale.rest == 0.0F)
+        last_pass<true, Radix>(plan, from, out,
+                               [=](vector output) INLINE_HWY_ATTR { return times(output, scale.power); });
+    else
+        last_pass<true, Radix>(plan, from, out, [=](vector output) INLINE_HWY_ATTR {
+            return times(output, scale.power) + times(output, scale.rest);
+        });
 }
 
 /// Calls operation(radix) with the radix as a constant.
@@ -190,54 +220,42 @@ HWY_INLINE void with_radix_of(const fft_pass& pass, Operation operation) {
         return operation(std::integral_constant<int, 4>());
     case 5:
         return operation(std::integral_constant<int, 5>());
+    case 15:
+        return operation(std::integral_constant<int, 15>());
+    case 16:
+        return operation(std::integral_constant<int, 16>());
     default:
         return operation(std::integral_constant<int, 8>());
     }
 }
 
-void any_middle_pass(const fft_pass& pass, parts from, parts to) {
-    with_radix_of(pass, [&](auto radix) HWY_ATTR {
-        if (pass.run % static_cast<int>(hn::Lanes(wide_tag())) == 0)
-            middle_pass<decltype(radix)::value>(wide_tag(), pass, from, to);
-        else
-            middle_pass<decltype(radix)::value>(narrow_tag(), pass, from, to);
-    });
-}
-
+// All but the first pass go to and fro between `out` and one half of the work space, to stay within the
+// fastest cache.
 template <bool Inverse>
-void any_last_pass(const fft_pass& pass, parts from, complex32f* out, float scale) {
-    with_radix_of(pass, [&](auto radix) HWY_ATTR {
-        last_pass<Inverse, decltype(radix)::value>(narrow_tag(), pass, from, out, scale);
-    });
-}
-
-// An inverse transform is a forward one with real and imaginary parts exchanged before and after. All but the
-// first pass go to and fro between `out` and one half of the work space, to stay within the fastest cache.
-template <bool Inverse>
-void transform(const fft_plan& plan, const complex32f* in, complex32f* out, float* work) {
-    const int size = plan.size();
+void transform(const fft_plan& plan, const complex32f* in, complex32f* out, complex32f* work) {
     const auto& passes = plan.passes();
-    const parts halves[2] = {{work, work + size},
-                             {reinterpret_cast<float*>(out), reinterpret_cast<float*>(out) + size}};
-    const parts spare = {work + 2 * size, work + 3 * size};
+    complex32f* const halves[2] = {work, out};
     const std::size_t last = passes.size() - 1;
-    parts from = halves[(last + 1) % 2];
+    complex32f* from = halves[(last + 1) % 2];
     if (last % 2 == 0 && in == out)
-        from = spare;
+        from = work + plan.size();
     first_pass<Inverse>(passes.front(), in, from);
     for (std::size_t i = 1; i < last; ++i) {
-        const parts to = halves[(last - i + 1) % 2];
-        any_middle_pass(passes[i], from, to);
+        complex32f* const to = halves[(last - i + 1) % 2];
+        with_radix_of(passes[i], [&](auto radix) HWY_ATTR {
+            middle_pass<Inverse, decltype(radix)::value>(passes[i], from, to);
+        });
         from = to;
     }
-    any_last_pass<Inverse>(passes.back(), from, out, 1.0F / static_cast<float>(size));
+    with_radix_of(passes.back(),
+                  [&](auto radix) HWY_ATTR { last_pass<Inverse, decltype(radix)::value>(plan, from, out); });
 }
 
 bool fits_vectors(const fft_plan& plan) {
-    return plan.passes().size() > 1 && plan.passes()[0].radix == 8 && plan.passes()[0].groups % 8 == 0;
+    return plan.passes().size() > 1 && plan.passes()[0].radix == 8 && plan.passes()[0].groups % 4 == 0;
 }
 
-void transform_either_way(const fft_plan& plan, const complex32f* in, complex32f* out, float* work,
+void transform_either_way(const fft_plan& plan, const complex32f* in, complex32f* out, complex32f* work,
                           bool inverse) {
     if (!fits_vectors(plan))
         scalar_fft_kernels.transform(plan, in, out, work, inverse);
@@ -247,66 +265,73 @@ void transform_either_way(const fft_plan& plan, const complex32f* in, complex32f
         transform<false>(plan, in, out, work);
 }
 
-/// Vectors of complex values side by side.
-struct bin_vectors {
-    using vector = hn::Vec<wide_tag>;
+template <class V>
+HWY_INLINE V conjugate_in_reverse(V x) {
+    const hn::DFromV<V> tag;
+    const hn::Repartition<std::uint64_t, hn::DFromV<V>> pairs;
+    const V reversed = hn::BitCast(tag, hn::Reverse(pairs, hn::BitCast(pairs, x)));
+    return hn::Xor(reversed, hn::OddEven(hn::Set(tag, -0.0F), hn::Zero(tag)));
+}
 
-    static constexpr wide_tag tag{};
+template <class Tag>
+HWY_INLINE turn<hn::Vec<Tag>> load_turn(Tag tag, const complex32f* factors) {
+    const auto both = load(tag, factors);
+    return {hn::DupEven(both), hn::DupOdd(both)};
+}
 
-    static HWY_INLINE int count() { return static_cast<int>(hn::Lanes(tag) / 2); }
-    static HWY_INLINE vector load(const complex32f* a) {
-        return hn::LoadU(tag, reinterpret_cast<const float*>(a));
+template <bool Steep>
+HWY_INLINE void expand_bins(std::ptrdiff_t k, std::ptrdiff_t last, const complex32f* packed,
+                            const complex32f* factors, complex32f* out, std::ptrdiff_t half) {
+    const wide_tag tag;
+    const std::ptrdiff_t count = values_in(tag);
+    for (; k <= last; k += count) {
+        const std::ptrdiff_t mirrored = half - k - count + 1;
+        const auto value = load(tag, packed + k);
+        const auto mirror = conjugate_in_reverse(load(tag, packed + mirrored));
+        const auto odd = times(value - mirror, 0.5F);
+        const auto bins = joined_halves<Steep>(times(value + mirror, 0.5F), odd, times_minus_j(odd),
+                                               load_turn(tag, factors + k - 1));
+        store(bins.first, tag, out + k);
+        store(bins.second, tag, out + half + k);
+        store(conjugate_in_reverse(bins.second), tag, out + mirrored);
+        store(conjugate_in_reverse(bins.first), tag, out + half + mirrored);
     }
-    static HWY_INLINE void store(vector x, complex32f* d) { hn::StoreU(x, tag, reinterpret_cast<float*>(d)); }
-    static HWY_INLINE vector conjugate(vector x) {
-        return hn::Xor(x, hn::OddEven(hn::Set(tag, -0.0F), hn::Zero(tag)));
-    }
-    static HWY_INLINE vector conjugate_in_reverse(vector x) {
-        const hn::Repartition<std::uint64_t, wide_tag> pairs;
-        return conjugate(hn::BitCast(tag, hn::Reverse(pairs, hn::BitCast(pairs, x))));
-    }
-    static HWY_INLINE vector product(vector x, vector y) {
-        const auto straight = hn::Mul(x, hn::DupEven(y));
-        const auto crossed = hn::Mul(hn::Shuffle2301(x), hn::DupOdd(y));
-        return hn::OddEven(hn::Add(straight, crossed), hn::Sub(straight, crossed));
-    }
-};
+}
 
 void expand_real(const complex32f* packed, const complex32f* factors, complex32f* out, int half) {
-    using v = bin_vectors;
-    if (half / 2 % v::count() != 0)
+    if (half / 2 % values_in(wide_tag()) != 0)
         return scalar_fft_kernels.expand_real(packed, factors, out, half);
     out[0] = {packed[0].re + packed[0].im, 0.0F};
     out[half] = {packed[0].re - packed[0].im, 0.0F};
-    for (int k = 1; k <= half / 2; k += v::count()) {
-        const int mirrored = half - k - v::count() + 1;
-        const auto value = v::load(packed + k);
-        const auto mirror = v::conjugate_in_reverse(v::load(packed + mirrored));
-        const auto even = times(hn::Add(value, mirror), 0.5F);
-        const auto odd = v::product(hn::Sub(value, mirror), v::load(factors + k - 1));
-        const auto sum = hn::Add(even, odd);
-        const auto difference = hn::Sub(even, odd);
-        v::store(sum, out + k);
-        v::store(difference, out + half + k);
-        v::store(v::conjugate_in_reverse(difference), out + mirrored);
-        v::store(v::conjugate_in_reverse(sum), out + half + mirrored);
+    const int gentle = gentle_bins(half);
+    expand_bins<false>(1, gentle, packed, factors, out, half);
+    expand_bins<true>(gentle + 1, half / 2, packed, factors, out, half);
+}
+
+template <bool Steep>
+HWY_INLINE void pack_bins(std::ptrdiff_t k, std::ptrdiff_t last, const complex32f* bins,
+                          const complex32f* factors, complex32f* packed, std::ptrdiff_t half) {
+    const wide_tag tag;
+    const std::ptrdiff_t count = values_in(tag);
+    for (; k <= last; k += count) {
+        const std::ptrdiff_t mirrored = half - k - count + 1;
+        const auto a = load(tag, bins + k) + conjugate_in_reverse(load(tag, bins + half + mirrored));
+        const auto b = load(tag, bins + half + k) + conjugate_in_reverse(load(tag, bins + mirrored));
+        const auto odd = times(a - b, 0.25F);
+        const auto values =
+            joined_halves<Steep>(times(a + b, 0.25F), odd, times_j(odd), load_turn(tag, factors + k - 1));
+        store(values.first, tag, packed + k);
+        store(conjugate_in_reverse(values.second), tag, packed + mirrored);
     }
 }
 
 void pack_real(const complex32f* bins, const complex32f* factors, complex32f* packed, int half) {
-    using v = bin_vectors;
-    if (half / 2 % v::count() != 0)
+    if (half / 2 % values_in(wide_tag()) != 0)
         return scalar_fft_kernels.pack_real(bins, factors, packed, half);
     packed[0] = {0.5F * (bins[0].re + bins[half].re), 0.5F * (bins[0].re - bins[half].re)};
-    for (int k = 1; k <= half / 2; k += v::count()) {
-        const int mirrored = half - k - v::count() + 1;
-        const auto a = hn::Add(v::load(bins + k), v::conjugate_in_reverse(v::load(bins + half + mirrored)));
-        const auto b = hn::Add(v::load(bins + half + k), v::conjugate_in_reverse(v::load(bins + mirrored)));
-        const auto even = times(hn::Add(a, b), 0.25F);
-        const auto odd = v::product(times(hn::Sub(a, b), 0.5F), v::conjugate(v::load(factors + k - 1)));
-        v::store(hn::Add(even, odd), packed + k);
-        v::store(v::conjugate_in_reverse(hn::Sub(even, odd)), packed + mirrored);
-    }
+    const int gentle = gentle_bins(half);
+    pack_bins<false>(1, gentle, bins, factors, packed, half);
+    pack_bins<true>(gentle + 1, half / 2, bins, factors, packed, half);
 }
 
 } // namespace

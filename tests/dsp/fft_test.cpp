@@ -39,20 +39,41 @@ spectrum complex_noise(int n, std::uint32_t seed) {
     return values;
 }
 
+using exact_spectrum = std::vector<std::complex<double>>;
+
 /// The defining sum in double precision. @param sign  -1 forward, 1 backward, unscaled
-spectrum transform_by_definition(const spectrum& in, int sign) {
+exact_spectrum defining_sums(const spectrum& in, int sign) {
     const std::size_t n = in.size();
-    std::vector<std::complex<double>> roots(n);
+    exact_spectrum roots(n);
     for (std::size_t k = 0; k < n; ++k)
         roots[k] = std::polar(1.0, sign * 2.0 * M_PI * static_cast<double>(k) / static_cast<double>(n));
-    spectrum out(n);
-    for (std::size_t k = 0; k < n; ++k) {
-        std::complex<double> sum;
+    exact_spectrum sums(n);
+    for (std::size_t k = 0; k < n; ++k)
         for (std::size_t m = 0; m < n; ++m)
-            sum += std::complex<double>(in[m].re, in[m].im) * roots[k * m % n];
-        out[k] = {static_cast<float>(sum.real()), static_cast<float>(sum.imag())};
-    }
+            sums[k] += std::complex<double>(in[m].re, in[m].im) * roots[k * m % n];
+    return sums;
+}
+
+spectrum rounded(const exact_spectrum& values) {
+    spectrum out;
+    for (const std::complex<double> value : values)
+        out.push_back({static_cast<float>(value.real()), static_cast<float>(value.imag())});
     return out;
+}
+
+spectrum transform_by_definition(const spectrum& in, int sign) {
+    return rounded(defining_sums(in, sign));
+}
+
+/// Of `out` times `scale`, RMS against RMS.
+double relative_error(const exact_spectrum& exact, const spectrum& out, double scale) {
+    double error = 0.0;
+    double power = 0.0;
+    for (std::size_t k = 0; k < exact.size(); ++k) {
+        error += std::norm(scale * std::complex<double>(out[k].re, out[k].im) - exact[k]);
+        power += std::norm(exact[k]);
+    }
+    return std::sqrt(error / power);
 }
 
 spectrum with_zero_imaginary_part(const std::vector<float>& samples) {
@@ -66,7 +87,8 @@ spectrum with_zero_imaginary_part(const std::vector<float>& samples) {
 constexpr double rounding_db = -134.0;
 
 TEST(DiscreteTransform, EqualsTheDefiningSumOnEveryTargetWithTheSameBits) {
-    for (const int n : {1, 2, 4, 8, 15, 16, 32, 60, 64, 128, 256, 480, 512, 960, 1024, 2048}) {
+    for (const int n : {1,   2,   4,   8,   15,  16,  32,  60,  64,   75,   96,  128,
+                        160, 240, 256, 288, 480, 512, 800, 960, 1024, 2048, 4096}) {
         const spectrum in = complex_noise(n, 7);
         const spectrum sums = transform_by_definition(in, -1);
         complex_transform transform(n);
@@ -121,6 +143,69 @@ TEST(DiscreteTransform, OfRealSamplesIsConjugateSymmetricAndComesBackOnEveryTarg
             EXPECT_TRUE(test_kit::same_bits(parts_of(reference), parts_of(out))) << n << name;
             EXPECT_TRUE(test_kit::same_bits(inverse_reference, back)) << n << name;
         });
+    }
+}
+
+/// Relative errors of a transform and its inverse.
+struct rounding {
+    double forward;
+    double inverse;
+};
+
+rounding complex_rounding(int n, std::uint32_t seed) {
+    const spectrum in = complex_noise(n, seed);
+    complex_transform transform(n);
+    spectrum bins(in.size());
+    spectrum values(in.size());
+    transform.forward(in.data(), bins.data());
+    transform.inverse(in.data(), values.data());
+    return {relative_error(defining_sums(in, -1), bins, 1.0),
+            relative_error(defining_sums(in, 1), values, n)};
+}
+
+rounding real_rounding(int n, std::uint32_t seed) {
+    const std::vector<float> in = test_kit::noise(static_cast<std::size_t>(n), seed);
+    const exact_spectrum exact = defining_sums(with_zero_imaginary_part(in), -1);
+    const spectrum nearest = rounded(exact);
+    real_transform transform(n);
+    spectrum bins(in.size());
+    std::vector<float> samples(in.size());
+    transform.forward(in.data(), bins.data());
+    transform.inverse(nearest.data(), samples.data());
+    return {relative_error(exact, bins, 1.0),
+            relative_error(defining_sums(nearest, 1), with_zero_imaginary_part(samples), n)};
+}
+
+struct rounding_bound {
+    int size;
+    rounding (*of)(int n, std::uint32_t seed);
+    double forward;
+    double inverse;
+};
+
+// FFTW in single precision has mean errors of 105e-9, 113e-9 and 120e-9 for 512, 1024 and 2048 such complex
+// values and of 109e-9, 115e-9 and 121e-9 for as many real samples with the best of its plans. The bounds
+// are 1 to 2% above what stands here.
+constexpr rounding_bound rounding_bounds[] = {
+    {480, complex_rounding, 104.0e-9, 107.5e-9},  {512, complex_rounding, 102.5e-9, 102.5e-9},
+    {960, complex_rounding, 109.8e-9, 113.5e-9},  {1024, complex_rounding, 107.5e-9, 107.5e-9},
+    {2048, complex_rounding, 114.5e-9, 114.5e-9}, {512, real_rounding, 105.5e-9, 105.5e-9},
+    {960, real_rounding, 114.0e-9, 116.0e-9},     {1024, real_rounding, 112.0e-9, 112.0e-9},
+    {2048, real_rounding, 117.0e-9, 117.0e-9},
+};
+
+TEST(DiscreteTransform, RoundsLittle) {
+    for (const rounding_bound& bound : rounding_bounds) {
+        SCOPED_TRACE(bound.size);
+        const int inputs = 16 * 2048 / bound.size;
+        rounding sum = {0.0, 0.0};
+        for (int i = 0; i < inputs; ++i) {
+            const rounding of_input = bound.of(bound.size, static_cast<std::uint32_t>(2 * i));
+            sum.forward += of_input.forward;
+            sum.inverse += of_input.inverse;
+        }
+        EXPECT_LT(sum.forward / inputs, bound.forward);
+        EXPECT_LT(sum.inverse / inputs, bound.inverse);
     }
 }
 
