@@ -53,8 +53,7 @@ float exp_of(float x) {
     const double f = steps - (shifted - rounding_shift);
     const auto whole = bits_as<std::uint64_t>(shifted);
     const std::uint64_t step = whole % 32;
-    const double power =
-        bits_as<double>(bits_as<std::uint64_t>(exp_fractions[step]) + ((whole - step) << 47));
+    const auto power = bits_as<double>(bits_as<std::uint64_t>(exp_fractions[step]) + ((whole - step) << 47));
     const double high = exp_series[2] * f + exp_series[1];
     return static_cast<float>((high * (f * f) + (exp_series[0] * f + 1.0)) * power);
 }
