@@ -103,8 +103,9 @@ class Engine(unittest.TestCase):
         time_s = np.arange(200 * 480) / 48000
         sound = 0.1 * np.sin(2 * np.pi * 150 * time_s) ** 9 + 0.01 * random.standard_normal(len(time_s))
         sound = torch.from_numpy(sound.astype(np.float32))[None]
+        begun = torch.nn.functional.pad(sound, (HOP, 0))  # the engine begins with one more frame of silence
         with torch.no_grad():
-            cleaned = Canceller(read_tables(ROOT / "data" / "noise_canceller"))(sound)[0]
+            cleaned = Canceller(read_tables(ROOT / "data" / "noise_canceller"))(begun)[0, HOP:]
         with tempfile.TemporaryDirectory() as folder:
             late = np.concatenate([np.zeros(480, np.float32), cleaned.numpy()[:-480]])
             rows = []
@@ -113,7 +114,7 @@ class Engine(unittest.TestCase):
                 subprocess.run([program, *options, f"{folder}/{name}.f32", f"{folder}/{name}.rows"], check=True)
                 rows.append(np.fromfile(f"{folder}/{name}.rows", "<f4").reshape(-1, ROW)[5:])
         energies = [np.log10(part[:, 42:64] + 0.1) for part in rows]
-        self.assertLess(np.abs(energies[0] - energies[1]).mean(), 0.01)
+        self.assertLess(np.abs(energies[0] - energies[1]).max(), 0.01)
 
 
 class Runs(unittest.TestCase):
