@@ -55,7 +55,7 @@ const row rows[] = {
      {0.2, 4.0, at_once, never, never, never}},
     {"Denoiser",
      [] { return in_place(std::make_shared<quenlis_rnn>(block, 1)); },
-     {1.0, 0.1, at_once, never, never, never}},
+     {1.0, 1.0, at_once, never, never, never}},
     {"Equaliser",
      [] { return in_place(std::make_shared<quenlis_auto_EQ>(48000, 1, block), 1.0F, 120); },
      {6.0, 9.0, at_once, never, never, never}},
