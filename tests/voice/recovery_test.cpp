@@ -29,6 +29,16 @@ stage in_place(std::shared_ptr<Effect> effect, Rest... rest) {
     return [=](float* x) { effect->process(x, x, rest...); };
 }
 
+/// A listener's limiter, one sound on both sides.
+stage on_both_sides(std::shared_ptr<quenlis_limiter> limiter) {
+    return [limiter, both = samples(2 * block)](float* x) mutable {
+        std::copy_n(x, block, both.begin());
+        std::copy_n(x, block, both.begin() + block);
+        limiter->process(both.data(), both.data());
+        std::copy_n(both.begin(), block, x);
+    };
+}
+
 struct row {
     std::string name;
     std::function<stage()> make;
@@ -66,8 +76,8 @@ const row rows[] = {
      [] { return in_place(std::make_shared<quenlis_deesser>(48000, 1, block)); },
      {0.1, 0.1, at_once, 0.1, never, never}},
     {"Limiter",
-     [] { return in_place(std::make_shared<quenlis_limiter>(-0.2F, 0.2F, 48000, 1, block)); },
-     {0.1, 0.1, at_once, 0.2, 0.1, 0.2}},
+     [] { return on_both_sides(std::make_shared<quenlis_limiter>(-0.2F, 0.2F, 48000, 2, block)); },
+     {0.1, 0.1, at_once, 0.2, 0.2, 0.2}},
 };
 
 /// What speech becomes after `before`.
