@@ -13,7 +13,7 @@ constexpr double delay_frames = 977.0;
 
 // The sum of the squared taps of both filters. Being the same in every row, it makes all angles equally loud
 // in the loudspeakers, and the boost at narrow angles costs level rather than headroom.
-constexpr double row_energy = 0.4;
+constexpr double row_energy = 0.37;
 
 struct regularisation_knot {
     double frequency;
@@ -21,9 +21,10 @@ struct regularisation_knot {
 };
 
 // No input is boosted by more than 1 / (2 sqrt(beta)) before the row's energy is set: 19 dB at 200 Hz, where
-// cancelling is costly, 12 dB up to 6 kHz, then ever less, since from there on no two heads are alike.
-constexpr regularisation_knot regularisation[] = {{0.0, 0.0055},   {200.0, 0.003}, {400.0, 0.016},
-                                                  {6000.0, 0.016}, {9000.0, 0.25}, {20000.0, 1.0},
+// cancelling is costly, 12 dB at 400 Hz, then slowly more again, as it gets cheaper, and from 8 kHz on ever
+// less, since there no two heads are alike.
+constexpr regularisation_knot regularisation[] = {{0.0, 0.005},    {200.0, 0.0028}, {400.0, 0.016},
+                                                  {8000.0, 0.008}, {9500.0, 0.25},  {20000.0, 1.0},
                                                   {24000.0, 1.0}};
 
 double regularisation_at(double frequency) {
