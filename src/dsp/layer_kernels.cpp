@@ -10,6 +10,7 @@
 #define HWY_TARGET_INCLUDE "dsp/layer_kernels.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+#include <hwy/cache_control.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace quenlis {
@@ -29,8 +30,13 @@ namespace {
 constexpr std::size_t rows_at_once = 8;
 constexpr std::size_t sums_at_once = 8;
 
+// Eight of the widest rows: large matrices come from beyond the first cache levels, and the tiles' jumps from row to row
+// are lost on hardware that foresees.
+constexpr std::size_t floats_ahead = rows_at_once * 512;
+
 template <class Tag>
 HWY_INLINE hn::Vec<Tag> load_weights(Tag tag, const float* row) {
+    hwy::Prefetch(row + floats_ahead);
     return hn::LoadU(tag, row);
 }
 
@@ -41,61 +47,65 @@ HWY_INLINE hn::Vec<Tag> load_weights(Tag tag, const std::int8_t* row) {
     return hn::ConvertTo(tag, hn::PromoteTo(words, hn::LoadU(bytes, row)));
 }
 
-/// Adds `count` rows to `Vectors` vectors of sums of each frame, from output j on.
+/// Adds the rows from number `first` to before `end` to `Vectors` vectors of sums of each frame, from output j on.
 template <std::size_t Frames, std::size_t Vectors, class Tag, class Weight>
-HWY_INLINE void add_to_tile(Tag tag, const Weight* const* rows, std::size_t count, const float* inputs,
-                            const weighted_rows& sums, std::size_t j) {
+HWY_INLINE void add_to_tile(Tag tag, const weighted_rows<Weight>& walk, std::size_t first, std::size_t end,
+                            std::size_t j) {
+    const std::size_t lanes = hn::Lanes(tag);
+    const auto out_of = [&](std::size_t frame, std::size_t v) {
+        return walk.out + static_cast<std::ptrdiff_t>(frame) * walk.out_stride + j + v * lanes;
+    };
     hn::Vec<Tag> tile[Frames][Vectors];
     for (std::size_t frame = 0; frame < Frames; ++frame)
         for (std::size_t v = 0; v < Vectors; ++v)
-            tile[frame][v] = hn::LoadU(tag, sums.out + static_cast<std::ptrdiff_t>(frame) * sums.out_stride +
-                                                j + v * hn::Lanes(tag));
-    for (std::size_t row = 0; row < count; ++row) {
+            tile[frame][v] = hn::LoadU(tag, out_of(frame, v));
+    for (std::size_t i = first; i < end; ++i) {
+        const std::ptrdiff_t row = walk.rows[i];
+        const Weight* const row_weights = walk.weights + row * walk.row_stride + j;
+        hn::Vec<Tag> x[Frames];
+        for (std::size_t frame = 0; frame < Frames; ++frame)
+            x[frame] = hn::Set(tag, walk.in[static_cast<std::ptrdiff_t>(frame) * walk.in_stride + row]);
         for (std::size_t v = 0; v < Vectors; ++v) {
-            const auto weights = load_weights(tag, rows[row] + j + v * hn::Lanes(tag));
+            const auto weights = load_weights(tag, row_weights + v * lanes);
             for (std::size_t frame = 0; frame < Frames; ++frame)
-                tile[frame][v] =
-                    hn::Add(tile[frame][v], hn::Mul(hn::Set(tag, inputs[row * Frames + frame]), weights));
+                tile[frame][v] = hn::Add(tile[frame][v], hn::Mul(x[frame], weights));
         }
     }
     for (std::size_t frame = 0; frame < Frames; ++frame)
         for (std::size_t v = 0; v < Vectors; ++v)
-            hn::StoreU(tile[frame][v], tag,
-                       sums.out + static_cast<std::ptrdiff_t>(frame) * sums.out_stride + j +
-                           v * hn::Lanes(tag));
+            hn::StoreU(tile[frame][v], tag, out_of(frame, v));
 }
 
-/// Adds `count` rows to all sums.
+/// Adds a few rows to all sums.
 template <std::size_t Frames, class Weight>
-HWY_INLINE void add_group(const Weight* const* rows, std::size_t count, const float* inputs,
-                          const weighted_rows& sums) {
+HWY_INLINE void add_group(const weighted_rows<Weight>& walk, std::size_t first, std::size_t end) {
     const hn::ScalableTag<float> whole;
     const hn::CappedTag<float, 1> single;
     constexpr std::size_t vectors = sums_at_once / Frames;
     const std::size_t lanes = hn::Lanes(whole);
     std::size_t j = 0;
-    for (; j + vectors * lanes <= sums.width; j += vectors * lanes)
-        add_to_tile<Frames, vectors>(whole, rows, count, inputs, sums, j);
-    for (; j + lanes <= sums.width; j += lanes)
-        add_to_tile<Frames, 1>(whole, rows, count, inputs, sums, j);
-    for (; j < sums.width; ++j)
-        add_to_tile<Frames, 1>(single, rows, count, inputs, sums, j);
+    for (; j + vectors * lanes <= walk.width; j += vectors * lanes)
+        add_to_tile<Frames, vectors>(whole, walk, first, end, j);
+    for (; j + lanes <= walk.width; j += lanes)
+        add_to_tile<Frames, 1>(whole, walk, first, end, j);
+    for (; j < walk.width; ++j)
+        add_to_tile<Frames, 1>(single, walk, first, end, j);
 }
 
 template <std::size_t Frames, class Weight>
-void add_all(const Weight* const* rows, std::size_t count, const weighted_rows& sums) {
-    for (std::size_t row = 0; row < count; row += rows_at_once)
-        add_group<Frames>(rows + row, std::min(rows_at_once, count - row), sums.inputs + row * Frames, sums);
+void add_all(const weighted_rows<Weight>& walk) {
+    for (std::size_t first = 0; first < walk.count; first += rows_at_once)
+        add_group<Frames>(walk, first, std::min(first + rows_at_once, walk.count));
 }
 
 template <class Weight>
-void add_rows(const Weight* const* rows, std::size_t count, const weighted_rows& sums) {
-    if (sums.frames == 4)
-        add_all<4>(rows, count, sums);
-    else if (sums.frames == 2)
-        add_all<2>(rows, count, sums);
+void add_rows(const weighted_rows<Weight>& walk) {
+    if (walk.frames == 4)
+        add_all<4>(walk);
+    else if (walk.frames == 2)
+        add_all<2>(walk);
     else
-        add_all<1>(rows, count, sums);
+        add_all<1>(walk);
 }
 
 float inner_product(const float* a, const float* b, std::size_t n) {

@@ -8,19 +8,25 @@
 /// Frames whose products can be added in one go.
 constexpr std::size_t max_walked_frames = 4;
 
-/// What some rows of weights are added to: for each frame `width` sums, from out + frame * out_stride on.
+/// Some rows of a matrix, what they are multiplied by, and what they are added to.
+template <class Weight>
 struct weighted_rows {
-    const float* inputs; ///< for each row, the factor of each frame
-    std::size_t frames;  ///< 1, 2 or 4
-    float* out;
+    const Weight* weights;
+    std::ptrdiff_t row_stride;
+    const std::int32_t* rows; ///< which of them, in order
+    std::size_t count;
+    const float* in; ///< the factor of row r and frame f at in[f * in_stride + r]
+    std::ptrdiff_t in_stride;
+    std::size_t frames; ///< 1, 2 or 4
+    float* out;         ///< `width` sums of frame f at out + f * out_stride
     std::ptrdiff_t out_stride;
     std::size_t width;
 };
 
 struct layer_kernels {
-    /// Adds `count` weighted rows to the sums, row after row.
-    void (*add_float_rows)(const float* const* rows, std::size_t count, const weighted_rows& sums);
-    void (*add_byte_rows)(const std::int8_t* const* rows, std::size_t count, const weighted_rows& sums);
+    /// Add the weighted rows to the sums, row after row.
+    void (*add_float_rows)(const weighted_rows<float>& walk);
+    void (*add_byte_rows)(const weighted_rows<std::int8_t>& walk);
     float (*inner_product)(const float* a, const float* b, std::size_t n);
 };
 

@@ -8,75 +8,49 @@
 
 namespace {
 
-constexpr int chunk_rows = 64;
+constexpr int chunk_rows = 512;
 
-void add_rows(const float* const* rows, std::size_t count, const weighted_rows& sums) {
-    active_kernels.layers->add_float_rows(rows, count, sums);
+void add_rows(const weighted_rows<float>& walk) {
+    active_kernels.layers->add_float_rows(walk);
 }
 
-void add_rows(const std::int8_t* const* rows, std::size_t count, const weighted_rows& sums) {
-    active_kernels.layers->add_byte_rows(rows, count, sums);
+void add_rows(const weighted_rows<std::int8_t>& walk) {
+    active_kernels.layers->add_byte_rows(walk);
 }
 
-/// Up to chunk_rows consecutive rows of a walk for up to four of its frames.
+/// Numbers of the inputs that are not zero.
+std::size_t find_rows(const float* in, int first, int end, std::int32_t* rows) {
+    std::size_t count = 0;
+    for (int row = first; row < end; ++row) {
+        rows[count] = row;
+        count += in[row] != 0.0F ? 1U : 0U;
+    }
+    return count;
+}
+
+/// Whether each row is to be walked in all frames or in none.
+bool same_rows(const float* in, std::ptrdiff_t in_stride, int frames, int first, int end) {
+    int different = 0;
+    for (int frame = 1; frame < frames; ++frame)
+        for (int row = first; row < end; ++row)
+            different += (in[frame * in_stride + row] == 0.0F) != (in[row] == 0.0F) ? 1 : 0;
+    return different == 0;
+}
+
+/// Adds up to chunk_rows rows to frames that all walk the same of them, or to one frame after the other.
 template <class Weight>
-class chunk {
-public:
-    chunk(const row_walk& walk, const Weight* weights, int first_row, int first_frame, int frames)
-        : walk_(walk),
-          weights_(weights),
-          first_row_(first_row),
-          rows_(std::min(chunk_rows, walk.rows - first_row)),
-          first_frame_(first_frame),
-          frames_(frames) {}
-
-    void add() const {
-        if (same_rows_in_all_frames()) {
-            add_frames(0, frames_);
-        } else {
-            for (int frame = 0; frame < frames_; ++frame)
-                add_frames(frame, 1);
-        }
+void walk_chunk(const row_walk& walk, const Weight* weights, int first_frame, int frames, int first, int end) {
+    const float* const in = walk.in + first_frame * walk.in_stride;
+    if (frames > 1 && !same_rows(in, walk.in_stride, frames, first, end)) {
+        for (int frame = first_frame; frame < first_frame + frames; ++frame)
+            walk_chunk(walk, weights, frame, 1, first, end);
+        return;
     }
-
-private:
-    float input(int frame, int row) const {
-        return walk_.in[(first_frame_ + frame) * walk_.in_stride + first_row_ + row];
-    }
-
-    bool same_rows_in_all_frames() const {
-        for (int frame = 1; frame < frames_; ++frame)
-            for (int row = 0; row < rows_; ++row)
-                if ((input(frame, row) == 0.0F) != (input(0, row) == 0.0F))
-                    return false;
-        return true;
-    }
-
-    void add_frames(int first, int frames) const {
-        const Weight* rows[chunk_rows];
-        float inputs[max_walked_frames * chunk_rows];
-        std::size_t count = 0;
-        for (int row = 0; row < rows_; ++row) {
-            if (input(first, row) == 0.0F)
-                continue;
-            for (int frame = 0; frame < frames; ++frame)
-                inputs[count * static_cast<std::size_t>(frames) + static_cast<std::size_t>(frame)] =
-                    input(first + frame, row);
-            rows[count++] = weights_ + static_cast<std::ptrdiff_t>(first_row_ + row) * walk_.row_stride;
-        }
-        float* const out = walk_.out + (first_frame_ + first) * walk_.out_stride;
-        add_rows(rows, count,
-                 {inputs, static_cast<std::size_t>(frames), out, walk_.out_stride,
-                  static_cast<std::size_t>(walk_.width)});
-    }
-
-    const row_walk& walk_;
-    const Weight* weights_;
-    int first_row_;
-    int rows_;
-    int first_frame_;
-    int frames_;
-};
+    std::int32_t rows[chunk_rows];
+    const std::size_t count = find_rows(in, first, end, rows);
+    add_rows({weights, walk.row_stride, rows, count, in, walk.in_stride, static_cast<std::size_t>(frames),
+              walk.out + first_frame * walk.out_stride, walk.out_stride, static_cast<std::size_t>(walk.width)});
+}
 
 /// The widest group of frames that the kernels take, of those left.
 int next_group(int frames_left) {
@@ -89,7 +63,7 @@ void walk_all_rows(const row_walk& walk, const Weight* weights) {
     for (int frame = 0; frame < walk.frames; frame += frames) {
         frames = next_group(walk.frames - frame);
         for (int row = 0; row < walk.rows; row += chunk_rows)
-            chunk<Weight>(walk, weights, row, frame, frames).add();
+            walk_chunk(walk, weights, frame, frames, row, std::min(row + chunk_rows, walk.rows));
     }
 }
 

@@ -7,13 +7,15 @@
 namespace {
 
 template <class Weight>
-void add_rows(const Weight* const* rows, std::size_t count, const weighted_rows& sums) {
-    for (std::size_t row = 0; row < count; ++row) {
-        for (std::size_t frame = 0; frame < sums.frames; ++frame) {
-            const float x = sums.inputs[row * sums.frames + frame];
-            float* const out = sums.out + static_cast<std::ptrdiff_t>(frame) * sums.out_stride;
-            for (std::size_t j = 0; j < sums.width; ++j)
-                out[j] += x * static_cast<float>(rows[row][j]);
+void add_rows(const weighted_rows<Weight>& walk) {
+    for (std::size_t i = 0; i < walk.count; ++i) {
+        const std::ptrdiff_t row = walk.rows[i];
+        const Weight* const weights = walk.weights + row * walk.row_stride;
+        for (std::ptrdiff_t frame = 0; frame < static_cast<std::ptrdiff_t>(walk.frames); ++frame) {
+            const float x = walk.in[frame * walk.in_stride + row];
+            float* const out = walk.out + frame * walk.out_stride;
+            for (std::size_t j = 0; j < walk.width; ++j)
+                out[j] += x * static_cast<float>(weights[j]);
         }
     }
 }
