@@ -8,9 +8,9 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dsp/layer_kernels.cpp"
+#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
-#include <hwy/cache_control.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace quenlis {

@@ -39,7 +39,8 @@ bool same_rows(const float* in, std::ptrdiff_t in_stride, int frames, int first,
 
 /// Adds up to chunk_rows rows to frames that all walk the same of them, or to one frame after the other.
 template <class Weight>
-void walk_chunk(const row_walk& walk, const Weight* weights, int first_frame, int frames, int first, int end) {
+void walk_chunk(const row_walk& walk, const Weight* weights, int first_frame, int frames, int first,
+                int end) {
     const float* const in = walk.in + first_frame * walk.in_stride;
     if (frames > 1 && !same_rows(in, walk.in_stride, frames, first, end)) {
         for (int frame = first_frame; frame < first_frame + frames; ++frame)
@@ -49,7 +50,8 @@ void walk_chunk(const row_walk& walk, const Weight* weights, int first_frame, in
     std::int32_t rows[chunk_rows];
     const std::size_t count = find_rows(in, first, end, rows);
     add_rows({weights, walk.row_stride, rows, count, in, walk.in_stride, static_cast<std::size_t>(frames),
-              walk.out + first_frame * walk.out_stride, walk.out_stride, static_cast<std::size_t>(walk.width)});
+              walk.out + first_frame * walk.out_stride, walk.out_stride,
+              static_cast<std::size_t>(walk.width)});
 }
 
 /// The widest group of frames that the kernels take, of those left.
