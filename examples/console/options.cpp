@@ -4,6 +4,7 @@
 #include "conference/failure.h"
 
 #include <CLI/CLI.hpp>
+#include <map>
 
 namespace {
 

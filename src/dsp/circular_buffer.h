@@ -25,7 +25,7 @@ public:
 
     /// Write or read `n` frames of a planar block, channel c's frame i at [c * n + i]: all of them, or none
     /// when the counter leaves less room or data. Return the frames moved, `n` or 0. A null block gives 0;
-    /// an `n` of zero or less moves nothing and is returned.
+    /// an `n` of zero or less moves nothing and is returned, one above the ring's size is refused.
     int write_BLOCK(const float* in, int n);
     int read_BLOCK(float* out, int n);
 

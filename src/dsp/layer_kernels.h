@@ -5,9 +5,6 @@
 
 // The inner loops of products, see products.h.
 
-/// Frames whose products can be added in one go.
-constexpr std::size_t max_walked_frames = 4;
-
 /// Some rows of a matrix, what they are multiplied by, and what they are added to.
 template <class Weight>
 struct weighted_rows {

@@ -203,7 +203,8 @@ float min_float(float a, float b);
 /// 1 when `n` is not zero and has exactly one bit set, else 0.
 int check_power_of_2(int n);
 
-/// The power of two at or above `n`, by logarithms in double precision. 0 for an `n` of zero or less,
+/// The power of two at or above `n`, by logarithms in double precision, which takes some large powers for a little more
+/// and gives the next one. 0 for an `n` of zero or less,
 /// 2147483647 for one above 2 to the power 30.
 int next_power_of_2(int n);
 

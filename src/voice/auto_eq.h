@@ -26,7 +26,8 @@ struct quenlis_auto_eq_band {
 /// on every block; a make-up gain keeps the average level of speech.
 ///
 /// Output is 512 samples late. Only the first channel is heard, on both. A NaN or infinity in a block of speech stays
-/// in the curves for good, and one before it in the level of the make-up gain: the object has to be made anew. Never allocates after construction. One thread at a time.
+/// in the curves for good, and one before it in the level of the make-up gain: the object has to be made anew. Never
+/// allocates after construction. One thread at a time.
 class quenlis_auto_EQ {
 public:
     /// @param sample_rate  Hz  @param channels  1 or 2  @param block_size  samples per call, up to 1024

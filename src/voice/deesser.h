@@ -5,8 +5,9 @@
 
 /// Splits the signal into a slow and a fast part wherever its third difference is large, and divides the fast part
 /// down, by 24 dB at most. Sample by sample, without delay: block lengths do not matter, and what holds no sibilance
-/// passes unchanged. A NaN stays in its channel's state for good, as does an infinity that becomes one: the object
-/// has to be made anew. Never allocates. One thread at a time.
+/// passes unchanged. A NaN stays in its channel's state for good: the object has to be made anew. Samples beyond full
+/// scale for some hundredths of a second can end in one by themselves, on the right only; the left drops it, on purpose.
+/// Never allocates. One thread at a time.
 class quenlis_deesser {
 public:
     /// @param sample_rate  Hz  @param channels  1 or 2  @param block  frames per call; below 1 nothing is processed

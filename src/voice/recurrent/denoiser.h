@@ -43,8 +43,9 @@ rnnoise_state* rnnoise_create(const rnnoise_model* model);
 void rnnoise_destroy(rnnoise_state* st);
 
 /// Cleans one frame of 480 samples at 48 kHz, scaled to the range of 16-bit audio. The output is one frame late; what
-/// lies above 20 kHz is lost in every frame that isn't silent. A frame below the threshold of silence leaves the network's state as
-/// it was. After a NaN or infinity the output is NaN and the voice probability 1 for good. Never allocates. One thread at a time for each state.
+/// lies above 20 kHz is lost in every frame that isn't silent. A frame below the threshold of silence leaves the
+/// network's state as it was. After a NaN or infinity the output is NaN and the voice probability without meaning, for
+/// good. Never allocates. One thread at a time for each state.
 ///
 /// J.-M. Valin, "A hybrid DSP/deep learning approach to real-time full-band speech enhancement", 2018.
 ///

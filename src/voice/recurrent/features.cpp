@@ -44,7 +44,6 @@ int track_pitch(rnnoise_state& st, const float* in) {
     qnl_copy(in, st.pitch_buf + history - frame_size, frame_size);
     float x_lp[half_history + padding];
     pitch_downsample(st.pitch_buf, x_lp);
-    constexpr int longest_lag = max_period - 3 * min_period;
     int period = max_period - pitch_search(x_lp + max_period / 2, x_lp, correlation_frame, longest_lag);
     st.last_gain = remove_doubling(x_lp, max_period, min_period, correlation_frame, period, st.last_period,
                                    st.last_gain);

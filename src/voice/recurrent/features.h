@@ -5,9 +5,6 @@
 #include "voice/recurrent/network.h"
 #include "voice/recurrent/spectrum.h"
 
-/// How many features the network reads.
-constexpr int feature_count = 42;
-
 /// What one frame is on its way to its features and gains.
 struct frame_analysis {
     complex32f x[denoiser_spectrum::bins] = {}; // spectrum

@@ -11,7 +11,6 @@ namespace {
 
 constexpr int activation_tanh = 0;
 constexpr int activation_sigmoid = 1;
-constexpr int features_count = 42;
 constexpr float weight_scale = 1.0F / 256.0F;
 
 constexpr int table_size = 201;
@@ -110,12 +109,12 @@ float compute_rnn(const rnnoise_model& model, const rnn_state& state, float* gai
 
     float* end = append(layer_input, dense_out, model.input_dense_size);
     end = append(end, state.vad_gru_state, model.vad_gru_size);
-    append(end, features, features_count);
+    append(end, features, feature_count);
     compute_gru(*model.noise_gru, state.noise_gru_state, layer_input);
 
     end = append(layer_input, state.vad_gru_state, model.vad_gru_size);
     end = append(end, state.noise_gru_state, model.noise_gru_size);
-    append(end, features, features_count);
+    append(end, features, feature_count);
     compute_gru(*model.denoise_gru, state.denoise_gru_state, layer_input);
     compute_dense(*model.denoise_output, gains, state.denoise_gru_state);
     return voice_probability[0];

@@ -6,6 +6,9 @@
 /// Most neurons or inputs of one layer of a model. Arrays for a layer's values have room for so many.
 constexpr int largest_rnn_layer = 128;
 
+/// How many features the network reads.
+constexpr int feature_count = 42;
+
 /// The activations, by table and in the reduced precision that models are trained for.
 float tansig_approx(float x);
 float sigmoid_approx(float x);

@@ -13,7 +13,6 @@ namespace {
 
 constexpr int lpc_order = 4;
 constexpr int vector_lags = 8; // lags are worked out in groups of so many
-constexpr int longest_search = 588;
 constexpr int second_check[16] = {0, 0, 3, 2, 3, 2, 5, 2, 3, 2, 3, 2, 5, 2, 3, 2};
 
 int whole_groups(int lags) {
@@ -71,7 +70,7 @@ lag_pair search_coarsely(const float* x_lp, const float* y, int len, int max_pit
     constexpr int quarter_history = half_history / 2 + padding;
     float x_quarter[correlation_frame / 4];
     float y_quarter[quarter_history] = {};
-    float correlation[(longest_search / 4 / vector_lags + 1) * vector_lags];
+    float correlation[(longest_lag / 4 / vector_lags + 1) * vector_lags];
     for (int j = 0; j < len / 4; ++j)
         x_quarter[j] = x_lp[2 * j];
     for (int j = 0; j < (len + max_pitch) / 4; ++j)
@@ -188,7 +187,7 @@ void pitch_downsample(const float* x, float* x_lp) {
 
 int pitch_search(const float* x_lp, const float* y, int len, int max_pitch) {
     const lag_pair coarse = search_coarsely(x_lp, y, len, max_pitch);
-    float correlation[longest_search / 2] = {};
+    float correlation[longest_lag / 2] = {};
     const int lags = max_pitch / 2;
     for (const int centre : {2 * coarse.best, 2 * coarse.second})
         for (int i = std::max(0, centre - 2); i <= std::min(lags - 1, centre + 2); ++i)

@@ -4,15 +4,16 @@
 
 namespace pitch_analysis {
 
-constexpr int min_period = 60;  // samples at 48 kHz: 800 Hz
-constexpr int max_period = 768; // 62.5 Hz
+constexpr int min_period = 60;                           // samples at 48 kHz: 800 Hz
+constexpr int max_period = 768;                          // 62.5 Hz
+constexpr int longest_lag = max_period - 3 * min_period; // of the search
 constexpr int correlation_frame = 960;
 constexpr int history = max_period + correlation_frame;
 constexpr int half_history = history / 2;
 /// Samples behind a half-rate history that may be read; they count for nothing.
 constexpr int padding = 32;
 
-/// Linear prediction coefficients of order `order` (at most 4) from `order` + 1 autocorrelation lags, by the recursion
+/// Linear prediction coefficients of order `order` from `order` + 1 autocorrelation lags, by the recursion
 /// of N. Levinson and J. Durbin. Stops early when the error falls below a thousandth of the energy; all zeros for no
 /// energy.
 void _celt_lpc(float* lpc, const float* autocorrelation, int order);

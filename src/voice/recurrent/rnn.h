@@ -19,7 +19,7 @@ public:
     quenlis_rnn(int block_size, int channels);
 
     /// Cleans the first channel of one planar block. `out` may be `in`: then both channels hold the result. With an
-    /// `out` of its own the second channel goes its own way, on purpose: in `in` it becomes a copy of the first.
+    /// `out` of its own the second channel of `in` becomes a copy of the first, on purpose.
     /// @return the voice probability, the largest of the frames, 0 to 1
     float process(float* in, float* out);
 
