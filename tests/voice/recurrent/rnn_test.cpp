@@ -132,33 +132,18 @@ TEST(RecurrentNetwork, RunsAGatedLayerAsDefined) {
     const std::int8_t* const recurrent_weights = input_weights + inputs * 3 * n;
     const std::int8_t* const bias = recurrent_weights + n * 3 * n;
     const rnn_gru_layer layer = {bias, input_weights, recurrent_weights, inputs, n, 2};
+    // Evaluated in double precision, apart from the code.
+    struct {
+        float level;
+        samples state;
+    } const steps[] = {{0.7F, {0.0F, 0.0F, 0.0105131F, 0.1858794F, 0.0F}},
+                       {-1.2F, {0.0F, 0.0F, 0.0072799F, 0.0877629F, 0.4468586F}},
+                       {0.0F, {0.0F, 0.0F, 0.0048440F, 0.0476847F, 0.3173161F}}};
     samples state(128);
-    std::vector<double> expected(n);
-    for (const float level : {0.7F, -1.2F, 0.0F}) {
+    for (const auto& [level, expected] : steps) {
         const samples in = {level, 0.0F, 0.4F};
         compute_gru(layer, state.data(), in.data());
-        const auto sum = [&](int gate, int i, const std::vector<double>& remembered) {
-            const int column = gate * n + i;
-            double total = bias[column];
-            for (int j = 0; j < inputs; ++j)
-                total += input_weights[j * 3 * n + column] * in[static_cast<size_t>(j)];
-            for (int j = 0; j < n; ++j)
-                total += recurrent_weights[j * 3 * n + column] * remembered[static_cast<size_t>(j)];
-            return total / 256;
-        };
-        const auto sigmoid = [](double x) { return 1 / (1 + std::exp(-x)); };
-        std::vector<double> remembered;
-        for (int i = 0; i < n; ++i)
-            remembered.push_back(sigmoid(sum(1, i, expected)) * expected[static_cast<size_t>(i)]);
-        std::vector<double> next;
-        for (int i = 0; i < n; ++i) {
-            const double z = sigmoid(sum(0, i, expected));
-            next.push_back(z * expected[static_cast<size_t>(i)] +
-                           (1 - z) * std::max(0.0, sum(2, i, remembered)));
-        }
-        expected = next;
-        for (size_t i = 0; i < n; ++i)
-            EXPECT_NEAR(state[i], expected[i], 1e-5);
+        EXPECT_THAT(part(state, 0, n), testing::Pointwise(testing::FloatNear(1e-5F), expected));
     }
 }
 
