@@ -1,5 +1,6 @@
 // The two roads of a block, through the exported functions.
 #include "kit/host.h"
+#include "kit/words.h"
 
 namespace {
 
@@ -108,7 +109,7 @@ TEST(AudioPath, AnyEnhancementFoldsStereoInputUnlessBypassed) {
 /// By how much a mono listener hears a talker later, in frames.
 double latency_of(engine& engine, int block_frames) {
     const auto length = static_cast<size_t>(block_frames);
-    const samples voice = speech_like(30720 / length * length, 7);
+    const samples voice = words(30720 / length * length, 150.0, 7).samples;
     samples heard;
     for (size_t start = 0; start < voice.size(); start += length) {
         engine.push(1, part(voice, start, start + length));

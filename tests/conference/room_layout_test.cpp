@@ -158,16 +158,21 @@ TEST(RoomLayoutFile, MayNest256LevelsDeep) {
     EXPECT_THAT(lines_of_start_with(nested(257)), ElementsAre(fallback_line));
 }
 
-/// How long a start takes with a file that holds that many places.
+/// The shortest of three starts with a file that holds that many places.
 std::chrono::duration<double> time_of_start(int places) {
     std::string list = R"({"x":0,"y":0,"z":0})";
     for (int place = 1; place < places; ++place)
         list += R"(,{"x":1,"y":2,"z":3})";
     const std::string large =
         R"({"default":"row","room_list":{"row":)" + good_layout().dump() + R"(},"extra":[)" + list + "]}";
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_THAT(lines_of_start_with(large), IsEmpty());
-    return std::chrono::steady_clock::now() - start;
+    std::chrono::duration<double> shortest(1e9);
+    for (int round = 0; round < 3; ++round) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_THAT(lines_of_start_with(large), IsEmpty());
+        shortest =
+            std::min<std::chrono::duration<double>>(shortest, std::chrono::steady_clock::now() - start);
+    }
+    return shortest;
 }
 
 TEST(RoomLayoutFile, OfManyPlacesIsReadInProportionalTime) {

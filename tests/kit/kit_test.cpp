@@ -54,14 +54,6 @@ TEST(Compare, NamesTheFirstDifferenceAndTheError) {
         EXPECT_FALSE(error_below({0.0F}, wrong, 300.0));
 }
 
-TEST(Signals, SpeechHasPausesAndAPitch) {
-    const samples speech = speech_like(96000, 5);
-    EXPECT_LT(peak(part(speech, 37000, 47000)), 1e-5F) << "a pause";
-    // Voiced: in the falling half of a syllable it resembles itself most after one period of the pitch.
-    EXPECT_THAT(120 + find_delay(part(speech, 18000, 20000), part(speech, 18120, 22000), 660).value(),
-                AllOf(Gt(48000U / 210U), Lt(48000U / 85U)));
-}
-
 TEST(Signals, WordsRepeatAtTheirPitchAndPause) {
     const spoken_words said = words(96000, 120.0, 3);
     EXPECT_FLOAT_EQ(peak(said.samples), 0.3F);

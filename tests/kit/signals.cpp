@@ -10,7 +10,6 @@ namespace test_kit {
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
-constexpr double syllables_per_second = 4.0;
 
 /// Uniform from -1 to 1. The library's own distributions differ between standard libraries.
 double next(std::mt19937& random) {
@@ -49,26 +48,6 @@ samples sine(std::size_t frames, double hz, float amplitude, double rate) {
         const double phase = 2.0 * pi * hz * static_cast<double>(i) / rate;
         x[i] = static_cast<float>(std::sin(phase)) * amplitude;
     }
-    return x;
-}
-
-samples speech_like(std::size_t frames, std::uint32_t seed, double rate) {
-    std::mt19937 random(seed);
-    const double middle_pitch = 150.0 + 40.0 * next(random);
-    samples x(frames);
-    double phase = 0.0;
-    for (std::size_t i = 0; i < frames; ++i) {
-        const double syllable = syllables_per_second * static_cast<double>(i) / rate;
-        const double within = syllable - std::floor(syllable);
-        const bool pause = static_cast<long>(syllable) % 4 == 3;
-        phase += middle_pitch * (1.0 + 0.13 * std::sin(0.9 * syllable)) / rate;
-        double voice = next(random) * (within < 0.2 ? 0.5 : 0.01); // with a hissing onset
-        for (int harmonic = 1; harmonic <= 16; ++harmonic)
-            voice += std::sin(2.0 * pi * harmonic * phase) / harmonic;
-        x[i] = pause ? 0.0F : static_cast<float>(std::sin(pi * within) * voice);
-    }
-    const float gain = 0.5F / peak(x);
-    std::transform(x.begin(), x.end(), x.begin(), [=](float value) { return gain * value; });
     return x;
 }
 

@@ -16,10 +16,6 @@ samples noise(std::size_t frames, std::uint32_t seed, float amplitude = 1.0F);
 /// A sine that starts at phase 0.
 samples sine(std::size_t frames, double hz, float amplitude = 1.0F, double rate = 48000.0);
 
-/// Four syllables a second of a gliding voice with hissing onsets, and a pause after each third syllable. The
-/// pitch wanders around 90 to 210 Hz, as `seed` picks; the peak is 0.5.
-samples speech_like(std::size_t frames, std::uint32_t seed, double rate = 48000.0);
-
 /// A planar stereo block: all of `left`, then all of `right`.
 samples planar(const samples& left, const samples& right);
 

@@ -20,8 +20,11 @@ PROGRAMS = Path(os.environ.get("QUENLIS_BUILD", ROOT / "build" / "release")) / "
 sys.path.insert(0, str(TOOLS))
 
 from canceller import HOP, Canceller, read_tables  # noqa: E402
+import noises  # noqa: E402
 from gru import GruSteps, tansig, TANSIG_TABLE  # noqa: E402
+from high_pass import high_passed, with_phase_taken_back  # noqa: E402
 from lstm import LstmSteps  # noqa: E402
+from measures import si_sdr  # noqa: E402
 from recurrent import RecurrentDenoiser, model_text, network_of  # noqa: E402
 from recurrent_data import ROW, voice_of  # noqa: E402
 
@@ -53,6 +56,22 @@ def outcome(steps_of, sums, recurrent, weights):
     steps = steps_of(*leaves)
     (steps * weights).sum().backward()
     return [steps.detach(), *(leaf.grad for leaf in leaves)]
+
+
+class Sounds(unittest.TestCase):
+    def test_every_made_noise_fills_its_length(self):
+        for make in noises.MADE:
+            for seed in range(20):
+                sound = make(np.random.default_rng(seed), 24000)
+                self.assertEqual(sound.shape, (24000,), make)
+                self.assertTrue(np.isfinite(sound).all() and sound.std() > 1e-5, make)
+
+    def test_targets_come_out_of_the_high_pass_as_the_low_voice_that_they_were(self):
+        time = np.arange(48000) / 48000
+        voice = np.sin(2 * np.pi * 95 * np.outer(np.arange(1, 20), time)).sum(0) * np.hanning(48000)
+        self.assertLess(si_sdr(voice, high_passed(voice)), 25)
+        turned = with_phase_taken_back(voice[None].astype(np.float32))[0]
+        self.assertGreater(si_sdr(voice, high_passed(turned)), 40)
 
 
 class Layers(unittest.TestCase):

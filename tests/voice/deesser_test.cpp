@@ -39,7 +39,7 @@ TEST(Deesser, LeavesConstantsAndLowTonesAloneAndTurnsHissDown) {
 }
 
 TEST(Deesser, GivesTheSameInBlocksOfAnyLengthAndTouchesOneBlockOfOneChannel) {
-    const samples voice = speech_like(960, 2);
+    const samples voice = noise(960, 2);
     quenlis_deesser whole(48000, 1, 960);
     quenlis_deesser halves(48000, 1, 480);
     const samples once = in_blocks(voice, 960, [&](float* x) { whole.process(x, x); });

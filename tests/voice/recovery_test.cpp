@@ -2,6 +2,7 @@
 // been there instead. The bounds are those of the integration page.
 #include "dsp/flush_to_zero.h"
 #include "kit/audio.h"
+#include "kit/words.h"
 #include "voice/agc.h"
 #include "voice/auto_eq.h"
 #include "voice/deesser.h"
@@ -30,12 +31,13 @@ stage in_place(std::shared_ptr<Effect> effect, Rest... rest) {
 }
 
 /// A listener's limiter, one sound on both sides.
-stage on_both_sides(std::shared_ptr<quenlis_limiter> limiter) {
-    return [limiter, both = samples(2 * block)](float* x) mutable {
+template <class Effect>
+stage on_both_sides(std::shared_ptr<Effect> effect) {
+    return [effect, both = samples(2 * block)](float* x) mutable {
         std::copy_n(x, block, both.begin());
         std::copy_n(x, block, both.begin() + block);
-        limiter->process(both.data(), both.data());
-        std::copy_n(both.begin(), block, x);
+        effect->process(both.data(), both.data());
+        std::copy_n(both.begin() + block, block, x);
     };
 }
 
@@ -62,28 +64,39 @@ samples wild_input(size_t kind) {
 const row rows[] = {
     {"Canceller",
      [] { return in_place(std::make_shared<quenlis_anc>(48000, 1, block)); },
-     {0.2, 4.0, at_once, never, never, never}},
+     {1.0, 2.0, at_once, never, never, never}},
     {"Denoiser",
      [] { return in_place(std::make_shared<quenlis_rnn>(block, 1)); },
-     {1.0, 1.0, at_once, never, never, never}},
+     {6.0, 6.0, at_once, never, never, never}},
     {"Equaliser",
      [] { return in_place(std::make_shared<quenlis_auto_EQ>(48000, 1, block), 1.0F, 120); },
-     {6.0, 9.0, at_once, never, never, never}},
+     {4.0, 6.0, at_once, never, never, never}},
     {"GainControl",
      [] { return [agc = std::make_shared<quenlis_agc>(1, block)](float* x) { agc->process(x, 1.0F); }; },
-     {0.5, 0.5, at_once, never, 0.1, never}},
+     {2.0, 0.5, at_once, never, 0.1, never}},
     {"Deesser",
      [] { return in_place(std::make_shared<quenlis_deesser>(48000, 1, block)); },
      {0.1, 0.1, at_once, 0.1, never, never}},
+    {"DeesserOfBothSides",
+     [] { return on_both_sides(std::make_shared<quenlis_deesser>(48000, 2, block)); },
+     {0.1, 0.1, at_once, never, never, never}},
     {"Limiter",
      [] { return on_both_sides(std::make_shared<quenlis_limiter>(-0.2F, 0.2F, 48000, 2, block)); },
      {0.1, 0.1, at_once, 0.2, 0.2, 0.2}},
 };
 
+/// Words in a quiet room: the equaliser, told that all is speech, has to hear something.
+samples talk(size_t frames, std::uint32_t seed) {
+    samples said = words(frames, 150.0, seed).samples;
+    const samples room = noise(frames, seed, 1e-4F);
+    std::transform(said.begin(), said.end(), room.begin(), said.begin(), std::plus<>());
+    return said;
+}
+
 /// What speech becomes after `before`.
 samples speech_after(const row& of, const samples& before) {
-    static const samples first = speech_like(3 * second, 9);
-    static const samples last = speech_like(12 * second, 5);
+    static const samples first = talk(3 * second, 9);
+    static const samples last = talk(20 * second, 5);
     const flush_to_zero guard;
     const stage process = of.make();
     in_blocks(first, block, process);
@@ -95,7 +108,7 @@ double power(const samples& x) {
     return std::inner_product(x.begin(), x.end(), x.begin(), 0.0) / static_cast<double>(x.size());
 }
 
-/// The end, in seconds, of the last block whose error is above 10% of its own level or of the usual one.
+/// The end, in seconds, of the last block whose error is above a fifth of its own level or of the usual one.
 double recovery(const samples& expected, const samples& heard) {
     const double usual = power(expected);
     double end = 0.0;
@@ -103,7 +116,7 @@ double recovery(const samples& expected, const samples& heard) {
         const samples wanted = part(expected, start, start + block);
         samples error = part(heard, start, start + block);
         std::transform(error.begin(), error.end(), wanted.begin(), error.begin(), std::minus<>());
-        if (!(power(error) <= 0.01 * (power(wanted) + usual)))
+        if (!(power(error) <= 0.04 * (power(wanted) + usual)))
             end = static_cast<double>(start + block) / second;
     }
     return end;
@@ -120,7 +133,7 @@ TEST_P(Recovery, TakesNoLongerThanThePageSays) {
         const double longest = GetParam().seconds[kind];
         const double took = recovery(expected, speech_after(GetParam(), wild_input(kind)));
         if (longest == never)
-            EXPECT_GT(took, 11.0) << "input " << kind << " is held for good, and the page has to say so";
+            EXPECT_GT(took, 19.0) << "input " << kind << " is held for good, and the page has to say so";
         else
             EXPECT_LE(took, longest) << "input " << kind;
     }

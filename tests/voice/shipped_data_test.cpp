@@ -17,8 +17,8 @@ using namespace test_kit;
 
 constexpr double least_gain = 2.0;              // dB, of SI-SDR at 5 dB SNR
 constexpr double least_attenuation = 25.0;      // dB, of noise alone
-constexpr double largest_change_of_level = 3.0; // dB, of clean words
-constexpr double least_quality = 8.0;           // dB, SI-SDR of clean words
+constexpr double largest_change_of_level = 5.0; // dB, of clean words
+constexpr double least_quality = 3.5;           // dB, SI-SDR of clean words
 constexpr double least_voiced = 0.8;            // share of voiced frames at 10 dB SNR that count as voice
 constexpr double least_unvoiced = 0.8;          // share of frames of noise alone that count as none
 constexpr double least_pitch = 0.8; // share of voiced frames at 10 dB SNR within 5% of their pitch

@@ -19,12 +19,12 @@ def parameter_groups(network):
 
 def validate(network, corpus, seed, device):
     """Errors before and after, of a fixed set of mixtures of held-out voices and noises."""
-    mixer = Mixer(corpus, "validation", 4, seed)
+    batches = Batches(Mixer(corpus, "validation", 4, seed), 16)
     before, after = [], []
     with torch.no_grad():
         for number in range(4):
-            mixture, target, edge = (part.to(device) for part in mixer.batch(number, 16))
-            before.append(cleaning_loss(mixture, target, mixture, edge)[1])
+            mixture, speech, target, edge = (part.to(device) for part in batches[number])
+            before.append(cleaning_loss(mixture, speech, mixture, edge)[1])
             after.append(cleaning_loss(network(mixture), target, mixture, edge)[1])
     before, after = torch.cat(before), torch.cat(after)
     alone, clean = before.abs() < 0.05, before < -25
@@ -49,7 +49,7 @@ def train(arguments):
     )
 
     def loss_of(batch):
-        mixture, target, edge = (part.to(device) for part in batch)
+        mixture, _, target, edge = (part.to(device) for part in batch)
         return cleaning_loss(network(mixture), target, mixture, edge)[0]
 
     run.run(loader, loss_of, lambda: validate(network, corpus, arguments.seed + 1, device), arguments.validate_every)

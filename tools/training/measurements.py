@@ -5,8 +5,8 @@ from collections import defaultdict
 import numpy as np
 
 from listening import LEAD_IN, SYSTEMS
-from measures import FRAME, active_power, aligned, band_power, decibels, denoiser_high_pass, frame_levels
-from measures import loud_level, si_sdr
+from high_pass import high_passed
+from measures import FRAME, active_power, aligned, band_power, decibels, frame_levels, loud_level, si_sdr
 from pitch_reference import steady, track
 
 SNRS = (0, 5, 10)
@@ -37,7 +37,7 @@ class Measurements:
     def compare_clean(self, speaker, system, reference, estimate):
         figures = self.figures
         figures["clean", system].append(si_sdr(reference, estimate))
-        figures["high-passed", system].append(si_sdr(denoiser_high_pass(reference), estimate))
+        figures["high-passed", system].append(si_sdr(high_passed(reference), estimate))
         figures["level", system].append(decibels(active_power(estimate)) - decibels(active_power(reference)))
         if speaker.edge_hz >= 12000:
             before, after = (decibels(band_power(x, 5000, 12000)) for x in (reference, estimate))

@@ -47,11 +47,6 @@ def band_power(x, low, high):
     return spectrum[(frequency >= low) & (frequency < high)].sum()
 
 
-def denoiser_high_pass(x):
-    """What the recurrent denoiser does to all that it hears."""
-    return scipy.signal.lfilter([1, -2, 1], [1, -1.99599, 0.996], x)
-
-
 def loudness_weighted(x):
     """Equal loudness as the gain control has it: the ReplayGain curve for 48 kHz."""
     contour_a = [1.0, -3.84664607, 7.81501675, -11.34170341, 13.05504227, -12.28759861, 9.48293781, -5.87257862]

@@ -10,6 +10,7 @@ import torch
 
 import noises
 from corpus import RATE
+from high_pass import with_phase_taken_back
 
 TALKER_RATES = (8000, 16000, 24000, 32000)
 
@@ -79,7 +80,7 @@ class Mixer:
     def _talker(self, random):
         """One to three pieces of a voice with gaps between, coloured by a microphone and often by a room."""
         recording = self.speech[random.choice(len(self.speech), p=self.speech_weights)]
-        speed = random.uniform(0.92, 1.06) if random.random() < 0.4 else 1.0
+        speed = random.uniform(0.86, 1.12) if random.random() < 0.6 else 1.0
         speech = np.zeros(self.count, np.float32)
         place = int(max(0, random.uniform(-2, 0.5)) * RATE)
         while place < self.count:
@@ -109,14 +110,26 @@ class Mixer:
 
     def _one_noise(self, random):
         kind = random.random()
-        if kind < 0.55:
-            recording = self.noise[random.integers(len(self.noise))]
-            noise = self.corpus.samples(recording, int(random.integers(recording.length)), self.count)
+        if kind < 0.5:
+            noise = self._recorded_noise(random)
         elif kind < 0.88:
             noise = noises.MADE[random.integers(len(noises.MADE))](random, self.count)
         else:
             noise = self._babble(random)
         return noises.normalised(noise)
+
+    def _recorded_noise(self, random):
+        """At another speed, backwards or swelling, so that a few recordings stand for many."""
+        recording = self.noise[random.integers(len(self.noise))]
+        speed = 2 ** random.uniform(-1, 1) if random.random() < 0.6 else 1.0
+        taken = int(self.count * speed) + 2
+        noise = self.corpus.samples(recording, int(random.integers(recording.length)), taken)
+        if speed != 1.0:
+            noise = np.interp(np.arange(self.count) * speed, np.arange(taken), noise).astype(np.float32)
+        noise = noise[: self.count]
+        if random.random() < 0.25:
+            noise = noise[::-1]
+        return noise * noises.swell(random, self.count, 12) if random.random() < 0.25 else noise
 
     def _babble(self, random):
         voices = np.zeros(self.count, np.float32)
@@ -158,10 +171,12 @@ class Mixer:
 
 
 class Batches(torch.utils.data.Dataset):
-    """The mixer's batches by number, for a loader with processes of its own."""
+    """The mixer's batches by number, for a loader with processes of its own. Beside the target stands the same as the
+    canceller is to leave it for the denoiser's high-pass."""
 
     def __init__(self, mixer, size):
         self.mixer, self.size = mixer, size
 
     def __getitem__(self, number):
-        return self.mixer.batch(number, self.size)
+        mixture, target, edge = self.mixer.batch(number, self.size)
+        return mixture, target, torch.from_numpy(with_phase_taken_back(target.numpy())), edge

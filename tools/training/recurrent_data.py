@@ -20,7 +20,7 @@ INAUDIBLE = 0.05  # band energy in the engine's scale
 FAINT = 1e-5  # band energy relative to a whole frame in the loud parts of an example
 DROWNED = 0.15  # share of a frame's energy that voice needs to be heard
 EXAMPLE_S, EXAMPLES = 12, 8  # in one file
-HANGOVER, ONSET = 12, 4  # frames beside voice that count neither way
+HANGOVER, ONSET = 7, 2  # frames beside voice that count neither way
 
 
 def voice_of(clean, heard):

@@ -29,7 +29,7 @@ TEST(NoiseCanceller, GivesOneStreamAfterItsLatencyInEveryBlockLength) {
 }
 
 TEST(NoiseCanceller, GivesTheSameBitsTogetherOneByOneAndOnEveryTarget) {
-    const samples voice = speech_like(20 * 960, 2);
+    const samples voice = words(20 * 960, 150.0, 2).samples;
     expect_same_bits_on_every_target([&] {
         const samples heard = clean(voice, 960);
         EXPECT_TRUE(same_bits(clean(voice, 480), heard));
