@@ -24,7 +24,7 @@ def denoising_loss(gains, probability, wanted, voice):
     entropy = torch.nn.functional.binary_cross_entropy(sure, voice.clamp(min=0), decided)
     odds = torch.log(sure / (1 - sure))
     doubt = torch.where(voice > 0.5, torch.relu(2.2 - odds), torch.relu(4.2 + odds))
-    return 3 * (error * known).sum() / known.sum() + entropy + 0.5 * (doubt * decided).mean()
+    return 3 * (error * known).sum() / known.sum() + entropy + (doubt * decided).mean()
 
 
 def measure(network, rows, device):
