@@ -1,6 +1,5 @@
 #include "frame/nested_json.h"
 
-#include <istream>
 #include <stdexcept>
 
 using nlohmann::json;
@@ -39,22 +38,9 @@ private:
     int level_ = 0;
 };
 
-std::string read_whole(std::istream& file) {
-    constexpr std::size_t longest = std::size_t{64} << 20;
-    std::string text;
-    char piece[65536];
-    while (file.read(piece, sizeof piece), file.gcount() > 0) {
-        text.append(piece, static_cast<std::size_t>(file.gcount()));
-        if (text.size() > longest)
-            throw std::length_error("the file is longer than 64 MiB");
-    }
-    return text;
-}
-
 } // namespace
 
-json read_nested_json(std::istream& file) {
-    const std::string text = read_whole(file);
+json parse_nested_json(const std::string& text) {
     if (text.find('\0') != std::string::npos)
         throw std::invalid_argument("the JSON text holds a NUL byte");
     level_counter counter;

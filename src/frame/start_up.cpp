@@ -29,6 +29,19 @@ void start_vector_layer_once() {
     started = true;
 }
 
+/// The bytes of a file. Raises std::length_error above 64 MiB, which an endless device would pass as well.
+std::string read_whole(std::istream& file) {
+    constexpr size_t longest = size_t{64} << 20;
+    std::string text;
+    char piece[65536];
+    while (file.read(piece, sizeof piece), file.gcount() > 0) {
+        text.append(piece, static_cast<size_t>(file.gcount()));
+        if (text.size() > longest)
+            throw std::length_error("the file is longer than 64 MiB");
+    }
+    return text;
+}
+
 json fallback_document() {
     const json origin = {{"x", 0}, {"y", 0}, {"z", 0}};
     const json layout = {{"id", 1},
@@ -104,7 +117,7 @@ void quenlis_sound_manager::read_room_layouts(const char* path) {
         throw quenlis_exception(
             QNL_LOG_WARNING, QNL_ERROR_INVALID_VALUE,
             "%s does not exist. Please check the path to your room configuration file is correct", path);
-    room_layouts_document_ = read_nested_json(file);
+    room_layouts_document_ = parse_nested_json(read_whole(file));
     init_room_layouts();
 }
 
