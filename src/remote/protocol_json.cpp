@@ -22,17 +22,22 @@ bool is_beyond_64_bits(const json& value) {
            value.get<uint64_t>() > static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
 }
 
+bool refuse_depth(int levels_above, json::parse_event_t event, json&) {
+    const bool opens =
+        event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
+    if (opens && levels_above >= deepest_level)
+        throw std::invalid_argument("the request is nested deeper than 256 levels");
+    return true;
+}
+
 } // namespace
 
 json parse_request(const std::string& text) {
-    const auto refuse_depth = [](int levels_above, json::parse_event_t event, json&) {
-        const bool opens =
-            event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
-        if (opens && levels_above >= deepest_level)
-            throw std::invalid_argument("the request is nested deeper than 256 levels");
-        return true;
-    };
     return json::parse(text, refuse_depth);
+}
+
+json parse_file(std::istream& file) {
+    return json::parse(file, refuse_depth);
 }
 
 std::string to_lenient_text(const json& document) {

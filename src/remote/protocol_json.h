@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -11,6 +12,9 @@
 /// of nesting, so that whatever walks the document later stays within the stack. The parser itself does not
 /// recurse, and stops at the first level too many.
 nlohmann::json parse_request(const std::string& text);
+
+/// The same for a whole file; one that can't be read is no JSON.
+nlohmann::json parse_file(std::istream& file);
 
 /// One line without whitespace, members sorted by key. Bytes that are not UTF-8 become replacement characters.
 std::string to_lenient_text(const nlohmann::json& document);

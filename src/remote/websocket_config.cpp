@@ -46,7 +46,7 @@ qnl_websocket_config qnl_websocket_config::read(const char* path) {
             QNL_LOG_WARNING, QNL_ERROR_INVALID_VALUE,
             "You disabled the websocket server by using NULL for the websocket config file path.");
     std::ifstream file(path);
-    const json document = json::parse(file);
+    const json document = parse_file(file);
     qnl_websocket_config config;
     read_port(document, config.port);
     read_text(document, "cert_file_name", config.cert_file_name);

@@ -47,8 +47,9 @@ TEST(ControlServer, IsAbsentWithoutAUsableFileAndTheLibraryWorksOn) {
     EXPECT_THAT(start(nullptr), ElementsAre(disabled, without_it));
     EXPECT_THAT(start(absent.c_str()), ElementsAre(without_it));
     EXPECT_THAT(start(files.path().c_str()), ElementsAre(without_it));
-    for (const char* const text :
-         {"", "{", R"({"port":"9002"})", R"({"passphrase":7})", R"({"authentification_key":null})"})
+    const std::string deep = std::string(300, '[') + std::string(300, ']');
+    for (const char* const text : {"", "{", R"({"port":"9002"})", R"({"passphrase":7})",
+                                   R"({"authentification_key":null})", deep.c_str()})
         EXPECT_THAT(start(files.write("server.json", text).c_str()), ElementsAre(without_it)) << text;
 }
 
