@@ -30,7 +30,7 @@ def arguments_of():
     recurrent = networks.add_parser("recurrent", help="the recurrent denoiser")
     recurrent.add_argument("--programs", required=True, type=Path, help="folder of the built quenlis_features")
     recurrent.add_argument("--files", default=200, type=int, help="files of 96 seconds to make rows of")
-    recurrent.add_argument("--steps", default=12000, type=int)
+    recurrent.add_argument("--steps", default=16000, type=int)
     recurrent.add_argument("--batch", default=32, type=int, help="sequences in one step")
     recurrent.add_argument("--length", default=400, type=int, help="frames of a sequence")
     recurrent.add_argument("--rate", default=3e-3, type=float, help="highest learning rate")
