@@ -61,8 +61,8 @@ def add_analysis(table, m):
         remark = f"noise alone {share(noise):.1f}, pauses at 10 dB SNR and in clean speech {share(pauses):.1f}"
         table.add(f"Voice below {NO_VOICE} without speech, {where}, %", share([*noise, *pauses]), (90, None), remark)
     for road, where in WHERE.items():
-        octaves, clean = share(m["octave", road, 10]), share(m["pitch", road, "clean"])
-        remark = f"an octave or twelfth off {octaves:.1f}; in clean speech {clean:.1f} within 5%"
+        clean, kept, octaves = (share(m[figure]) for figure in (("pitch", road, "clean"), ("kept", road), ("octave", road)))
+        remark = f"{clean:.1f} in clean speech, of which noise leaves {kept:.1f}%; an octave or twelfth off {octaves:.1f}"
         table.add(f"Pitch within 5% at 10 dB SNR, {where}, %", share(m["pitch", road, 10]), (90, None), remark)
 
 

@@ -53,10 +53,13 @@ class Measurements:
             self.figures["voiced", road].extend(found[10][road + "voice"][voiced] > VOICE)
             for name in (10, "clean"):
                 self.figures["pauses", road].extend(found[name][road + "voice"][silent] < NO_VOICE)
-                ratio = found[name][road + "pitch"][clear] / pitch[clear]
-                self.figures["pitch", road, name].extend(np.abs(ratio - 1) < 0.05)
-                octave = np.abs(ratio[:, None] / OCTAVES - 1).min(axis=1) < 0.05
-                self.figures["octave", road, name].extend(octave)
+            ratios = {name: found[name][road + "pitch"][clear] / pitch[clear] for name in (10, "clean")}
+            hits = {name: np.abs(ratio - 1) < 0.05 for name, ratio in ratios.items()}
+            for name in hits:
+                self.figures["pitch", road, name].extend(hits[name])
+            self.figures["kept", road].extend(hits[10][hits["clean"]])
+            octave = np.abs(ratios[10][:, None] / OCTAVES - 1).min(axis=1) < 0.05
+            self.figures["octave", road].extend(octave)
 
     def measure_noise(self, noise):
         heard, found = self.programs.listen({"noise": noise})

@@ -57,12 +57,17 @@ def loudness_weighted(x):
     return scipy.signal.lfilter(low_cut_b, low_cut_a, scipy.signal.lfilter(contour_b, contour_a, x))
 
 
-def tracked_loudness(x, talks):
-    """The level of speech in every frame, followed as the gain control follows it, in frames of 5 ms with a hop of
-    half of that. `talks`: for every frame of 10 ms whether to follow."""
+def loudness_by_hop(x):
+    """The gain control's measure: frames of 5 ms with a hop of half of that, dB."""
     hop = FRAME // 4
     power = np.convolve(np.append(loudness_weighted(x), np.zeros(hop)) ** 2, np.ones(2 * hop) / (2 * hop), "valid")[::hop]
-    levels = decibels(power)[: 4 * len(talks)]
+    return decibels(power)[: len(x) // hop]
+
+
+def tracked_loudness(x, talks):
+    """The level of speech in every frame, followed as the gain control follows it.
+    `talks`: for every frame of 10 ms whether to follow."""
+    levels = loudness_by_hop(x)[: 4 * len(talks)]
     estimate = np.median(levels[np.repeat(talks, 4)])
     before, track = estimate, []
     for level, follows in zip(levels, np.repeat(talks, 4)):

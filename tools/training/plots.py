@@ -38,16 +38,18 @@ def draw_spectrograms(path, signals):
     save(figure, path)
 
 
-def draw_gain_control(path, before, after, talks, pauses):
-    """For each frame: `talks`, whether a word sounds; `pauses`, whether it lies in a pause between two turns."""
+def draw_gain_control(path, signals, talks, pauses):
+    """The talker at three places by name. For each frame: `talks`, whether a word sounds; `pauses`, whether it lies in
+    a pause between two turns."""
     seconds = np.arange(len(pauses)) * FRAME / RATE
     figure, axis = pyplot.subplots(figsize=(9, 4.5), layout="constrained")
     axis.fill_between(seconds, -95, 0, where=pauses, step="post", color="0.9", label="the talker pauses")
     axis.axhspan(*TARGET_BAND, color="tab:green", alpha=0.4, label="target band")
-    for x, name, colour in ((before, "in", "tab:blue"), (after, "out", "tab:red")):
-        power = np.convolve(loudness_weighted(x) ** 2, np.ones(8 * FRAME) / (8 * FRAME), "same")[::FRAME]
+    for (name, x), colour in zip(signals.items(), ("tab:blue", "black", "tab:red")):
+        axis.plot(seconds, tracked_loudness(x, talks), colour, lw=1.5, label=f"speech level {name}")
+    for name, colour in (("in", "tab:blue"), ("out", "tab:red")):
+        power = np.convolve(loudness_weighted(signals[name]) ** 2, np.ones(8 * FRAME) / (8 * FRAME), "same")[::FRAME]
         axis.plot(seconds, decibels(power), colour, alpha=0.5, lw=0.8, label=f"loudness {name}")
-        axis.plot(seconds, tracked_loudness(x, talks), colour, lw=2, label=f"speech level {name}")
     axis.set(xlabel="seconds", ylabel="dB of full scale", ylim=(-95, 0), xlim=(0, seconds[-1]))
     axis.legend(ncol=3, loc="lower center", fontsize="small")
     save(figure, path)
