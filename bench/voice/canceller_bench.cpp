@@ -33,9 +33,9 @@ double streaming_time(int frames) {
     for (const canceller_layer& layer : canceller_layers)
         count += readings_of(layer, frames) * layer.inputs * layer.outputs;
     const std::vector<float> much(std::size_t{1} << 26, 1.0F);
-    std::vector<double> times;
-    for (int round = 0; round < 11; ++round)
-        times.push_back(nanoseconds([&] { read(much.data(), static_cast<int>(much.size())); }, 1));
+    std::vector<double> times(11);
+    for (double& time : times)
+        time = nanoseconds([&] { read(much.data(), static_cast<int>(much.size())); }, 1);
     return median(times) * count / static_cast<double>(much.size());
 }
 

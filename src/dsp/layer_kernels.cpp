@@ -8,7 +8,6 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dsp/layer_kernels.cpp"
-#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -25,18 +24,36 @@ const layer_kernels& layer_table() {
 namespace hn = hwy::HWY_NAMESPACE;
 namespace {
 
-// Rows that are read side by side, so that a sum goes through memory once for all of them; and vectors of sums that
-// grow at the same time, enough to hide how long an addition takes.
-constexpr std::size_t rows_at_once = 8;
-constexpr std::size_t sums_at_once = 8;
+// Rows that are read side by side, so that a sum goes through memory once for all of them: as many as hardware foresees
+// streams for and registers hold factors of.
+constexpr std::size_t most_rows_at_once = 8;
+constexpr std::size_t factors_at_once = HWY_TARGET <= HWY_AVX3 ? 16 : 8;
 
-// Eight of the widest rows: large matrices come from beyond the first cache levels, and the tiles' jumps from row to row
-// are lost on hardware that foresees.
-constexpr std::size_t floats_ahead = rows_at_once * 512;
+constexpr std::size_t most_frames = 4;
+constexpr std::size_t outputs_at_once = 512;
+
+/// Room for sums at a distance from the weights: much hardware takes a read for one of what was just written when their
+/// addresses differ by whole pages, and waits. Half a row is far from all rows whose length divides a page.
+class distant_sums {
+public:
+    distant_sums(const void* weights, std::size_t row_bytes)
+        : first_(room_ + (reinterpret_cast<std::uintptr_t>(weights) + row_bytes / 2 -
+                          reinterpret_cast<std::uintptr_t>(room_)) %
+                             page_bytes / line_bytes * line_bytes / sizeof(float)) {}
+
+    /// outputs_at_once for each frame.
+    float* data() { return first_; }
+
+private:
+    static constexpr std::size_t page_bytes = 4096;
+    static constexpr std::size_t line_bytes = 64;
+
+    alignas(line_bytes) float room_[most_frames * outputs_at_once + page_bytes / sizeof(float)];
+    float* first_;
+};
 
 template <class Tag>
 HWY_INLINE hn::Vec<Tag> load_weights(Tag tag, const float* row) {
-    hwy::Prefetch(row + floats_ahead);
     return hn::LoadU(tag, row);
 }
 
@@ -47,55 +64,73 @@ HWY_INLINE hn::Vec<Tag> load_weights(Tag tag, const std::int8_t* row) {
     return hn::ConvertTo(tag, hn::PromoteTo(words, hn::LoadU(bytes, row)));
 }
 
-/// Adds the rows from number `first` to before `end` to `Vectors` vectors of sums of each frame, from output j on.
-template <std::size_t Frames, std::size_t Vectors, class Tag, class Weight>
-HWY_INLINE void add_to_tile(Tag tag, const weighted_rows<Weight>& walk, std::size_t first, std::size_t end,
-                            std::size_t j) {
-    const std::size_t lanes = hn::Lanes(tag);
-    const auto out_of = [&](std::size_t frame, std::size_t v) {
-        return walk.out + static_cast<std::ptrdiff_t>(frame) * walk.out_stride + j + v * lanes;
-    };
-    hn::Vec<Tag> tile[Frames][Vectors];
-    for (std::size_t frame = 0; frame < Frames; ++frame)
-        for (std::size_t v = 0; v < Vectors; ++v)
-            tile[frame][v] = hn::LoadU(tag, out_of(frame, v));
-    for (std::size_t i = first; i < end; ++i) {
-        const std::ptrdiff_t row = walk.rows[i];
-        const Weight* const row_weights = walk.weights + row * walk.row_stride + j;
-        hn::Vec<Tag> x[Frames];
+/// Adds `Rows` rows from number `first` on to the sums, from output j on as far as whole vectors go.
+/// @return the output behind them
+template <std::size_t Frames, std::size_t Rows, class Tag, class Weight>
+HWY_INLINE std::size_t add_side_by_side(Tag tag, const weighted_rows<Weight>& walk, std::size_t first,
+                                        float* sums, std::size_t j) {
+    const Weight* weights[Rows];
+    hn::Vec<Tag> x[Rows][Frames];
+    for (std::size_t r = 0; r < Rows; ++r) {
+        const std::ptrdiff_t row = walk.rows[first + r];
+        weights[r] = walk.weights + row * walk.row_stride;
         for (std::size_t frame = 0; frame < Frames; ++frame)
-            x[frame] = hn::Set(tag, walk.in[static_cast<std::ptrdiff_t>(frame) * walk.in_stride + row]);
-        for (std::size_t v = 0; v < Vectors; ++v) {
-            const auto weights = load_weights(tag, row_weights + v * lanes);
-            for (std::size_t frame = 0; frame < Frames; ++frame)
-                tile[frame][v] = hn::Add(tile[frame][v], hn::Mul(x[frame], weights));
-        }
+            x[r][frame] = hn::Set(tag, walk.in[static_cast<std::ptrdiff_t>(frame) * walk.in_stride + row]);
     }
-    for (std::size_t frame = 0; frame < Frames; ++frame)
-        for (std::size_t v = 0; v < Vectors; ++v)
-            hn::StoreU(tile[frame][v], tag, out_of(frame, v));
+    for (; j + hn::Lanes(tag) <= walk.width; j += hn::Lanes(tag)) {
+        hn::Vec<Tag> sum[Frames];
+        for (std::size_t frame = 0; frame < Frames; ++frame)
+            sum[frame] = hn::LoadU(tag, sums + frame * outputs_at_once + j);
+        for (std::size_t r = 0; r < Rows; ++r) {
+            const auto w = load_weights(tag, weights[r] + j);
+            for (std::size_t frame = 0; frame < Frames; ++frame)
+                sum[frame] = hn::Add(sum[frame], hn::Mul(x[r][frame], w));
+        }
+        for (std::size_t frame = 0; frame < Frames; ++frame)
+            hn::StoreU(sum[frame], tag, sums + frame * outputs_at_once + j);
+    }
+    return j;
 }
 
-/// Adds a few rows to all sums.
-template <std::size_t Frames, class Weight>
-HWY_INLINE void add_group(const weighted_rows<Weight>& walk, std::size_t first, std::size_t end) {
+/// Adds the rows from number `first` on, so many at once as long as there are so many.
+/// @return the number of the row behind them
+template <std::size_t Frames, std::size_t Rows, class Weight>
+HWY_INLINE std::size_t add_groups(const weighted_rows<Weight>& walk, std::size_t first, float* sums) {
     const hn::ScalableTag<float> whole;
     const hn::CappedTag<float, 1> single;
-    constexpr std::size_t vectors = sums_at_once / Frames;
-    const std::size_t lanes = hn::Lanes(whole);
-    std::size_t j = 0;
-    for (; j + vectors * lanes <= walk.width; j += vectors * lanes)
-        add_to_tile<Frames, vectors>(whole, walk, first, end, j);
-    for (; j + lanes <= walk.width; j += lanes)
-        add_to_tile<Frames, 1>(whole, walk, first, end, j);
-    for (; j < walk.width; ++j)
-        add_to_tile<Frames, 1>(single, walk, first, end, j);
+    for (; first + Rows <= walk.count; first += Rows) {
+        const std::size_t rest = add_side_by_side<Frames, Rows>(whole, walk, first, sums, 0);
+        add_side_by_side<Frames, Rows>(single, walk, first, sums, rest);
+    }
+    return first;
+}
+
+/// Adds all rows to the sums of up to outputs_at_once outputs.
+template <std::size_t Frames, class Weight>
+void add_columns(const weighted_rows<Weight>& walk) {
+    constexpr std::size_t rows_at_once = std::min(most_rows_at_once, factors_at_once / Frames);
+    distant_sums room(walk.weights, static_cast<std::size_t>(walk.row_stride) * sizeof(Weight));
+    float* const sums = room.data();
+    const auto out_of = [&](std::size_t frame) {
+        return walk.out + static_cast<std::ptrdiff_t>(frame) * walk.out_stride;
+    };
+    for (std::size_t frame = 0; frame < Frames; ++frame)
+        std::copy_n(out_of(frame), walk.width, sums + frame * outputs_at_once);
+    const std::size_t rest = add_groups<Frames, rows_at_once>(walk, 0, sums);
+    add_groups<Frames, 1>(walk, rest, sums);
+    for (std::size_t frame = 0; frame < Frames; ++frame)
+        std::copy_n(sums + frame * outputs_at_once, walk.width, out_of(frame));
 }
 
 template <std::size_t Frames, class Weight>
 void add_all(const weighted_rows<Weight>& walk) {
-    for (std::size_t first = 0; first < walk.count; first += rows_at_once)
-        add_group<Frames>(walk, first, std::min(first + rows_at_once, walk.count));
+    weighted_rows<Weight> columns = walk;
+    for (std::size_t j = 0; j < walk.width; j += outputs_at_once) {
+        columns.weights = walk.weights + j;
+        columns.out = walk.out + j;
+        columns.width = std::min(outputs_at_once, walk.width - j);
+        add_columns<Frames>(columns);
+    }
 }
 
 template <class Weight>
