@@ -1,6 +1,7 @@
 #include "dsp/sample_conversion.h"
 
 #include "dsp/vector_checks.h"
+#include "dsp/vector_primitives.h"
 
 #include <type_traits>
 
@@ -8,31 +9,22 @@ namespace {
 
 using namespace vector_checks;
 
-// The sample rules, one value at a time.
-
 short held_to_short(double x) {
     return std::isnan(x) ? short{0} : static_cast<short>(std::clamp(x, -32768.0, 32767.0));
-}
-
-template <class To, class From>
-To plainly(From x) {
-    return static_cast<To>(x);
 }
 
 /// A third of all kinds, the others within full scale, many of them on a half step of a short.
 template <class Element>
 std::vector<Element> samples(int n, unsigned seed) {
-    const std::vector<float> values = test_values(n, seed);
     std::vector<Element> made;
-    for (unsigned i = 0; i < values.size(); ++i) {
+    for (const float any : test_values(n, seed)) {
+        const auto i = static_cast<unsigned>(made.size());
         const int half_steps = static_cast<int>((i + seed) * 2654435761U % 131072U) - 65536;
-        const double value = i % 3 == 0 ? double{values[i]} : half_steps / 65536.0;
+        const double value = i % 3 == 0 ? double{any} : half_steps / 65536.0;
         if constexpr (std::is_same_v<Element, short>)
             made.push_back(held_to_short(value * 40000.0));
-        else if constexpr (std::is_same_v<Element, double>)
-            made.push_back(value * (1.0 + 1.0e-9)); // not a float any more
-        else
-            made.push_back(static_cast<float>(value));
+        else // as a double it is no float any more
+            made.push_back(static_cast<Element>(value * (1.0 + 1.0e-9)));
     }
     return made;
 }
@@ -65,31 +57,37 @@ void expect_conversion(const char* name, int width, void (*run)(const From*, To*
     EXPECT_EQ(untouched, To{3}) << name;
 }
 
-int same_place(int j, int) {
-    return j;
-}
-
 TEST(SampleConversion, EveryTargetConvertsSampleBySample) {
-    expect_conversion<short, float>("from short", 1, qnl_convert, same_place,
+    const auto same = [](int j, int) { return j; };
+    expect_conversion<short, float>("from short", 1, qnl_convert, same,
                                     [](short x) { return static_cast<float>(x) / 32768.0F; });
-    expect_conversion<float, short>("to short", 1, qnl_convert, same_place, [](float x) {
+    expect_conversion<float, short>("to short", 1, qnl_convert, same, [](float x) {
         return held_to_short(std::nearbyint(double{x} * 32768.0));
     });
-    expect_conversion<float, double>("to double", 1, qnl_convert, same_place, plainly<double, float>);
-    expect_conversion<double, float>("from double", 1, qnl_convert, same_place, plainly<float, double>);
+    expect_conversion<float, double>("to double", 1, qnl_convert, same, [](float x) { return double{x}; });
+    expect_conversion<double, float>("from double", 1, qnl_convert, same,
+                                     [](double x) { return static_cast<float>(x); });
+}
+
+void split_complex(const float* a, float* d, int n) {
+    qnl_complex_to_real(reinterpret_cast<const complex32f*>(a), d, d == nullptr ? nullptr : d + n, n);
 }
 
 TEST(SampleConversion, EveryTargetInterleavesAndDeinterleaves) {
     const auto apart = [](int j, int n) { return j < n ? 2 * j : 2 * (j - n) + 1; };
     const auto together = [](int j, int n) { return j % 2 == 0 ? j / 2 : n + j / 2; };
+    const auto same = [](float x) { return x; };
+    expect_conversion<float, float>("split complex", 2, split_complex, apart, same);
+    expect_conversion<float, float>("split float", 2, qnl_deinterleave, apart, same);
+    expect_conversion<float, float>("join float", 2, qnl_interleave, together, same);
     expect_conversion<short, float>("split short", 2, qnl_deinterleave, apart,
                                     [](short x) { return static_cast<float>(x) * 3.0518e-5F; });
-    expect_conversion<float, float>("split float", 2, qnl_deinterleave, apart, plainly<float, float>);
-    expect_conversion<double, float>("split double", 2, qnl_deinterleave, apart, plainly<float, double>);
     expect_conversion<float, short>("join short", 2, qnl_interleave, together,
                                     [](float x) { return held_to_short(std::trunc(double{x} * 32768.0)); });
-    expect_conversion<float, float>("join float", 2, qnl_interleave, together, plainly<float, float>);
-    expect_conversion<float, double>("join double", 2, qnl_interleave, together, plainly<double, float>);
+    expect_conversion<double, float>("split double", 2, qnl_deinterleave, apart,
+                                     [](double x) { return static_cast<float>(x); });
+    expect_conversion<float, double>("join double", 2, qnl_interleave, together,
+                                     [](float x) { return double{x}; });
 }
 
 TEST(SampleConversion, ScalesInPlaceWithTheTwoFactors) {
@@ -106,8 +104,7 @@ TEST(SampleConversion, BlocksAndChannelPointersLeadToEachOther) {
     float* channels[3] = {};
     convert_block_to_pointer(block.data(), channels, 2, 3);
     convert_block_to_pointer(block.data(), nullptr, 1, 1);
-    EXPECT_EQ(channels[0], block.data());
-    EXPECT_EQ(channels[2], block.data() + 4);
+    EXPECT_THAT(channels, testing::ElementsAre(&block[0], &block[2], &block[4]));
 
     std::vector<float> other(7, 9.0F);
     channels[1] = nullptr;

@@ -15,12 +15,6 @@ constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 using test_kit::on_every_target;
 
-/// Equal to the bit; any NaN equals any other.
-template <class Element>
-bool same_bits(Element a, Element b) {
-    return std::memcmp(&a, &b, sizeof a) == 0 || (a != a && b != b);
-}
-
 /// Source elements behind `offset` others, in a heap block that ends with them, so that AddressSanitizer sees a
 /// read past the end.
 template <class Element>
@@ -41,37 +35,35 @@ std::vector<Element> walled(int offset, const std::vector<Element>& content) {
     return block;
 }
 
-/// Whether two blocks of one size are equal to the bit, walls and all.
+/// Whether two blocks of one size are equal to the bit, walls and all; any NaN equals any other.
 template <class Element>
 bool same_blocks(const std::vector<Element>& a, const std::vector<Element>& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), same_bits<Element>);
+    return std::equal(a.begin(), a.end(), b.begin(), [](Element x, Element y) {
+        return std::memcmp(&x, &y, sizeof x) == 0 || (x != x && y != y);
+    });
 }
 
 /// The values on which arithmetic turns: special ones, and whole numbers that floats only just tell apart.
-inline const std::vector<float>& turning_points() {
+inline std::vector<float> turning_points() {
     using limits = std::numeric_limits<float>;
-    constexpr float largest = limits::max();
-    constexpr float normal = limits::min();
-    constexpr float tiny = limits::denorm_min();
-    static const std::vector<float> values = {
-        0.0F,        -0.0F,        1.0F,       -1.0F,       0.5F,      -0.5F,       2.0F,
-        -2.0F,       3.0F,         -3.0F,      2.5F,        -2.5F,     16777215.0F, -16777215.0F,
-        16777216.0F, -16777216.0F, 8388607.5F, -8388607.5F, largest,   -largest,    normal,
-        -normal,     tiny,         -tiny,      infinity,    -infinity, not_a_number};
+    std::vector<float> values = {not_a_number};
+    for (const float size : {0.0F, 0.5F, 1.0F, 2.0F, 2.5F, 3.0F, 8388607.5F, 16777215.0F, 16777216.0F,
+                             limits::max(), limits::min(), limits::denorm_min(), infinity})
+        values.insert(values.end(), {size, -size});
     return values;
 }
 
 /// Values of all sizes and signs; every fourth or so is a turning point.
 inline std::vector<float> test_values(int n, unsigned seed) {
+    static const std::vector<float> special = turning_points();
     std::mt19937 random(seed);
-    std::uniform_int_distribution<std::size_t> choice(0, 4 * turning_points().size());
+    std::uniform_int_distribution<std::size_t> choice(0, 4 * special.size());
     std::uniform_real_distribution<float> mantissa(-2.0F, 2.0F);
     std::uniform_int_distribution<int> exponent(-20, 20);
     std::vector<float> values(static_cast<std::size_t>(n));
     for (float& value : values) {
         const std::size_t chosen = choice(random);
-        value = chosen < turning_points().size() ? turning_points()[chosen]
-                                                 : std::ldexp(mantissa(random), exponent(random));
+        value = chosen < special.size() ? special[chosen] : std::ldexp(mantissa(random), exponent(random));
     }
     return values;
 }

@@ -6,8 +6,6 @@ namespace {
 
 using namespace vector_checks;
 using testing::ElementsAre;
-using testing::FloatNear;
-using testing::IsNan;
 
 TEST(VectorAllocation, IsAlignedAndOwnersHoldZeros) {
     for (const int n : {1, 2, 7, 15, 16, 17, 480, 1025}) {
@@ -90,26 +88,13 @@ TEST(VectorPrimitives, ReductionsFindMeanAndExtremesAndPassOverNaN) {
     EXPECT_EQ(qnl_mean(nullptr, 3) + qnl_max(a.data(), 0) + qnl_min(a.data(), -1), 0.0F);
 }
 
-TEST(VectorDecibels, FollowTheirFormulas) {
-    const auto near = [](double dB) { return FloatNear(static_cast<float>(dB), 1.0e-5F); };
-    const std::vector<complex32f> z = {{3.0F, 4.0F}, {0.0F, 0.0F}, {-1.0F, 0.0F}};
-    const std::vector<float> a = {10.0F, -0.1F, 0.0F};
-    std::vector<float> d(3);
-    qnl_mag_dB(z.data(), d.data(), 3);
-    EXPECT_THAT(d, ElementsAre(near(13.9794), -infinity, 0.0F));
-    qnl_mag_dB(a.data(), d.data(), 3);
-    EXPECT_THAT(d, ElementsAre(near(20.0), near(-20.0), -infinity));
-    qnl_linear_to_dB(a.data(), d.data(), 3);
-    EXPECT_THAT(d, ElementsAre(near(20.0), IsNan(), -infinity));
-    d = {100.0F, 1.0F, 0.5F};
-    qnl_linear_to_power_dB_I(d.data(), 3);
-    EXPECT_THAT(d, ElementsAre(near(20.0), 0.0F, near(-3.0103)));
-    std::vector<complex32f> bins(960, {960.0F, 0.0F}); // full scale
+TEST(VectorDecibels, OfAFullScaleBinAreZeroAndScalarsComeBack) {
+    std::vector<complex32f> bins(960, {960.0F, 0.0F});
     bins[1] = {0.0F, 96.0F};
-    d.resize(960);
+    std::vector<float> d(960);
     qnl_power_spectrum_dB(bins.data(), d.data(), 960);
-    EXPECT_THAT(d[0], near(0.0));
-    EXPECT_THAT(d[1], near(-20.0));
+    EXPECT_NEAR(d[0], 0.0F, 1.0e-5F);
+    EXPECT_NEAR(d[1], -20.0F, 1.0e-5F);
     EXPECT_FLOAT_EQ(lin2dB(10.0F), 20.0F);
     EXPECT_FLOAT_EQ(dB2lin(20.0F), 10.0F);
 }
