@@ -21,10 +21,12 @@ sys.path.insert(0, str(TOOLS))
 
 from canceller import HOP, Canceller, read_tables  # noqa: E402
 import noises  # noqa: E402
+import synthesis  # noqa: E402
 from gru import GruSteps, tansig, TANSIG_TABLE  # noqa: E402
 from high_pass import high_passed, with_phase_taken_back  # noqa: E402
 from lstm import LstmSteps  # noqa: E402
-from measures import si_sdr  # noqa: E402
+from measures import frame_levels, loud_level, si_sdr  # noqa: E402
+from pitch_reference import steady, track  # noqa: E402
 from recurrent import RecurrentDenoiser, model_text, network_of  # noqa: E402
 from recurrent_data import ROW, voice_of  # noqa: E402
 
@@ -66,6 +68,16 @@ class Sounds(unittest.TestCase):
                 self.assertEqual(sound.shape, (24000,), make)
                 self.assertTrue(np.isfinite(sound).all() and sound.std() > 1e-5, make)
 
+    def test_a_synthesised_talker_has_clear_pitch_and_pauses(self):
+        for seed in range(5):
+            voice = synthesis.talker(np.random.default_rng(seed), 6 * 48000)
+            self.assertEqual(voice.shape, (6 * 48000,))
+            levels = frame_levels(voice)
+            pitch, clearness = track(voice)
+            clear = (levels > loud_level(levels) - 25) & (clearness > 0.8) & steady(pitch)
+            self.assertGreater(clear.mean(), 0.3, seed)
+            self.assertGreater(np.mean(levels < loud_level(levels) - 35), 0.03, seed)
+
     def test_targets_come_out_of_the_high_pass_as_the_low_voice_that_they_were(self):
         time = np.arange(48000) / 48000
         voice = np.sin(2 * np.pi * 95 * np.outer(np.arange(1, 20), time)).sum(0) * np.hanning(48000)
@@ -100,8 +112,9 @@ class Models(unittest.TestCase):
         for got, wanted in zip(network_of(text)(features), network(features)):
             self.assertTrue(torch.equal(got, wanted))
         self.assertEqual(text.split()[-1], "127")
-        with self.assertRaises(SystemExit):
-            network_of(text.replace("42 24 0", "42 23 0"))
+        for bad in (text.replace("42 24 0", "42 23 0"), text[: len(text) // 2], text.replace("127", "x"), "127"):
+            with self.assertRaises(SystemExit):
+                network_of(bad)
 
     def test_voice_is_loud_frames_and_silence_is_far_from_them(self):
         energy = np.concatenate([np.zeros(60), np.full(40, 1e6), np.full(20, 1e3), np.zeros(60)])

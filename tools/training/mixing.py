@@ -9,6 +9,7 @@ import scipy.signal
 import torch
 
 import noises
+import synthesis
 from corpus import RATE
 from high_pass import with_phase_taken_back
 
@@ -78,7 +79,15 @@ class Mixer:
         return random.uniform(35, 65) if kind < 0.2 else random.uniform(-5, 25)
 
     def _talker(self, random):
-        """One to three pieces of a voice with gaps between, coloured by a microphone and often by a room."""
+        """A voice coloured by a microphone and often by a room, and where its own spectrum ends."""
+        speech, edge = self._synthesised(random) if random.random() < 0.06 else self._recorded(random)
+        return self._filter(speech, self._colour(random, 6), self._room(random)), edge
+
+    def _synthesised(self, random):
+        return synthesis.talker(random, self.count), 24000.0
+
+    def _recorded(self, random):
+        """One to three pieces of a voice with gaps between."""
         recording = self.speech[random.choice(len(self.speech), p=self.speech_weights)]
         speed = random.uniform(0.86, 1.12) if random.random() < 0.6 else 1.0
         speech = np.zeros(self.count, np.float32)
@@ -87,7 +96,6 @@ class Mixer:
             length = min(int(random.uniform(0.8, 3) * RATE), self.count - place)
             speech[place : place + length] = self._piece(random, recording, length, speed)
             place += length + int(random.uniform(0.1, 1.2) * RATE)
-        speech = self._filter(speech, self._colour(random, 6), self._room(random))
         return speech, min(recording.edge_hz * speed, 24000.0)
 
     def _piece(self, random, recording, length, speed):

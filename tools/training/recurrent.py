@@ -95,14 +95,16 @@ def network_of(text):
     """The network that a text holds; the shapes must be the engine's."""
     if not text.startswith(HEADER):
         raise SystemExit("no model text")
-    numbers = iter(text[len(HEADER) :].split())
-    network = RecurrentDenoiser()
-    for layer, (inputs, neurons, activation, _) in LAYERS.items():
-        if [int(next(numbers)) for _ in range(3)] != [inputs, neurons, activation]:
-            raise SystemExit(f"the shape of {layer} is not the engine's")
-        for name, shape in parameters_of(layer).items():
-            count = torch.Size(shape).numel()
-            values = torch.tensor([int(next(numbers)) for _ in range(count)], dtype=torch.float32)
-            with torch.no_grad():
-                getattr(network, name).copy_(values.reshape(shape) / SCALE)
-    return network
+    try:
+        numbers = iter([int(word) for word in text[len(HEADER) :].split()])
+        network = RecurrentDenoiser()
+        for layer, (inputs, neurons, activation, _) in LAYERS.items():
+            if [next(numbers) for _ in range(3)] != [inputs, neurons, activation]:
+                raise SystemExit(f"the shape of {layer} is not the engine's")
+            for name, shape in parameters_of(layer).items():
+                values = torch.tensor([next(numbers) for _ in range(torch.Size(shape).numel())], dtype=torch.float32)
+                with torch.no_grad():
+                    getattr(network, name).copy_(values.reshape(shape) / SCALE)
+        return network
+    except (StopIteration, ValueError):
+        raise SystemExit("the model text breaks off or holds more than numbers") from None

@@ -3,7 +3,7 @@
 import torch
 
 from corpus import Corpus
-from recurrent import RecurrentDenoiser
+from recurrent import RecurrentDenoiser, network_of
 from recurrent_data import ROADS, Rows, make_rows
 from training_run import TrainingRun, use_device
 
@@ -53,7 +53,8 @@ def train(arguments):
     ]
     rows, held_out = (Rows(folder) for folder in folders)
     torch.manual_seed(arguments.seed)
-    network = RecurrentDenoiser().to(device)
+    network = network_of(arguments.start.read_text()) if arguments.start else RecurrentDenoiser()
+    network.to(device)
     run = TrainingRun(
         "recurrent", network, [{"params": network.parameters()}], arguments.work, arguments.steps, arguments.rate
     )

@@ -29,6 +29,7 @@ def arguments_of():
     canceller.set_defaults(train=canceller_training.train)
     recurrent = networks.add_parser("recurrent", help="the recurrent denoiser")
     recurrent.add_argument("--programs", required=True, type=Path, help="folder of the built quenlis_features")
+    recurrent.add_argument("--start", type=Path, metavar="MODEL", help="model text to begin with rather than with chance")
     recurrent.add_argument("--files", default=200, type=int, help="files of 96 seconds to make rows of")
     recurrent.add_argument("--steps", default=16000, type=int)
     recurrent.add_argument("--batch", default=32, type=int, help="sequences in one step")
