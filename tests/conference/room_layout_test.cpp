@@ -105,14 +105,6 @@ TEST(RoomLayout, ReportsEverythingMissingBeforeItGivesUp) {
     EXPECT_EQ(quenlis_room_layout("no seats", layout).id(), 7) << "what was read before stays";
 }
 
-TEST(RoomLayout, ReadsDefaultStatesInAnyCase) {
-    json layout = good_layout();
-    layout["defaultStates"] = {{"qnl_control_anc_enable", 1}, {"QNL_CONTROL_DEVICE", 2}};
-    const quenlis_room_layout read("states", layout);
-    EXPECT_EQ(read.default_states().at(QNL_CONTROL_ANC_ENABLE), 1);
-    EXPECT_EQ(read.default_states().at(QNL_CONTROL_DEVICE), 2);
-}
-
 /// What a start with this layout file logs; the engine must be usable after it.
 std::vector<std::string> lines_of_start(const char* path) {
     const test_kit::temporary_directory directory;
@@ -140,13 +132,12 @@ TEST(RoomLayoutFile, FallsBackFromAnythingBroken) {
           good + std::string(size_t{64} << 20, ' ')})
         EXPECT_THAT(lines_of_start_with(bytes), ElementsAre(fallback_line)) << bytes.substr(0, 40);
 
-    const std::string file = "WARNING: The Room Configuration file";
-    EXPECT_THAT(lines_of_start_with("{}"),
-                ElementsAre(file + " is missing the 'room_list' property", fallback_line));
-    EXPECT_THAT(lines_of_start_with(R"({"room_list":{}})"),
-                ElementsAre(file + " is missing its 'default' property", fallback_line));
-    EXPECT_THAT(lines_of_start_with(R"({"room_list":{},"default":"x"})"),
-                ElementsAre(HasSubstr("'default' property names no entry"), fallback_line));
+    for (const auto& [bytes, fault] : {std::pair{"{}", " is missing the 'room_list' property"},
+                                       {R"({"room_list":{}})", " is missing its 'default' property"},
+                                       {R"({"room_list":{},"default":"x"})",
+                                        "'s 'default' property names no entry of its 'room_list' property"}})
+        EXPECT_THAT(lines_of_start_with(bytes),
+                    ElementsAre("WARNING: The Room Configuration file" + std::string(fault), fallback_line));
 }
 
 TEST(RoomLayoutFile, MayNest256LevelsDeep) {
@@ -165,14 +156,13 @@ std::chrono::duration<double> time_of_start(int places) {
         list += R"(,{"x":1,"y":2,"z":3})";
     const std::string large =
         R"({"default":"row","room_list":{"row":)" + good_layout().dump() + R"(},"extra":[)" + list + "]}";
-    std::chrono::duration<double> shortest(1e9);
-    for (int round = 0; round < 3; ++round) {
+    std::chrono::duration<double> rounds[3];
+    for (auto& round : rounds) {
         const auto start = std::chrono::steady_clock::now();
         EXPECT_THAT(lines_of_start_with(large), IsEmpty());
-        shortest =
-            std::min<std::chrono::duration<double>>(shortest, std::chrono::steady_clock::now() - start);
+        round = std::chrono::steady_clock::now() - start;
     }
-    return shortest;
+    return *std::min_element(std::begin(rounds), std::end(rounds));
 }
 
 TEST(RoomLayoutFile, OfManyPlacesIsReadInProportionalTime) {

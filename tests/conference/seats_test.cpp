@@ -7,10 +7,10 @@ using test_kit::log_capture;
 using testing::ElementsAre;
 using testing::FieldsAre;
 
-/// Layouts 1 "seated" (default, four seats, anc on by default), 2 "open", 3 "empty" (no seats), 4 "two".
+/// Layouts 1 "seated" (default, four seats, default states in any case), 2 "open", 3 "empty" (no seats), 4 "two".
 const char* const layouts = R"({"default":"seated","room_list":{
   "seated":{"id":1,"desc":"","allowParticipantStacking":false,"stackDelta":10,"openRoom":false,
-    "centerPoint":{"x":0,"y":0,"z":0},"defaultStates":{"QNL_CONTROL_ANC_ENABLE":1},
+    "centerPoint":{"x":0,"y":0,"z":0},"defaultStates":{"QNL_CONTROL_AGC_ENABLE":1,"qnl_control_anc_enable":1},
     "seats":[{"x":10,"y":0,"z":0},{"x":0,"y":0,"z":10},{"x":-10,"y":0,"z":0},{"x":0,"y":0,"z":-10}]},
   "open":{"id":2,"desc":"","allowParticipantStacking":true,"openRoom":true,
     "centerPoint":{"x":0,"y":0,"z":0},"seats":[{"x":1,"y":2,"z":3}]},

@@ -1,18 +1,16 @@
 // The smallest host and the console do what the pages record.
 #include "conference_runner.h"
-
-#include <gmock/gmock.h>
+#include "kit/documents.h"
 
 #include <algorithm>
-#include <regex>
-#include <sstream>
+#include <gmock/gmock.h>
 
 namespace {
 
 using testing::HasSubstr;
 
 const std::filesystem::path root = QUENLIS_SOURCE_DIR;
-const std::string protocol = read_text(root / "docs/remote_protocol.md");
+const std::string protocol_page = "docs/remote_protocol.md";
 
 TEST_F(conference_runner, the_smallest_host_of_the_readme_talks_and_hears) {
     const outcome result = run(QUENLIS_MINIMAL_HOST, "");
@@ -26,18 +24,14 @@ TEST_F(conference_runner, the_smallest_host_of_the_readme_talks_and_hears) {
 
 /// The lines of the protocol's page that start so, without their mark.
 std::string lines_behind(const std::string& mark) {
-    std::istringstream all(protocol);
     std::string found;
-    for (std::string line; std::getline(all, line);)
-        if (line.rfind(mark, 0) == 0)
-            found += line.substr(mark.size()) + '\n';
+    for (const auto& row : test_kit::rows_of(protocol_page, '\n' + mark + "([^\n]*)"))
+        found += row[1] + '\n';
     return found;
 }
 
 TEST_F(conference_runner, the_console_answers_as_the_page_of_the_protocol_says) {
-    std::smatch layouts;
-    ASSERT_TRUE(std::regex_search(protocol, layouts, std::regex("```json\n([^`]*)```")));
-    write_text("layouts.json", layouts[1]);
+    write_text("layouts.json", test_kit::rows_of(protocol_page, "```json\n([^`]*)```").at(0)[1]);
     write_text("requests.txt", lines_behind("> "));
     record("demo.wav", noise(1, 1, 500));
     const outcome result =
@@ -50,6 +44,7 @@ TEST_F(conference_runner, the_console_answers_as_the_page_of_the_protocol_says) 
 TEST_F(conference_runner, the_page_has_an_exchange_for_every_command_of_the_console) {
     const std::string help = run(QUENLIS_CONSOLE, "--help").out;
     const std::regex command("\n  ([a-z_]+)(?=[ \n])");
+    const std::string protocol = read_text(root / protocol_page);
     int commands = 0;
     for (std::sregex_iterator found(help.begin(), help.end(), command), end; found != end; ++found) {
         ++commands;

@@ -3,18 +3,14 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 using testing::HasSubstr;
 
-/// Something that the tool must not accept, and what its one line has to say.
-struct refusal {
-    const char* arguments;
-    const char* reason;
-};
-
-const refusal refusals[] = {
+/// What the tool must not accept, and what its one line has to say.
+const std::pair<const char*, const char*> refusals[] = {
     {"", "recordings"},
     {"--speed 2 alice.wav", "--speed"},
     {"--listeners many alice.wav", "--listeners"},

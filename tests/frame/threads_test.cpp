@@ -80,30 +80,23 @@ TEST(Threads, TalkListenJoinLeaveMoveAndSteerAtOnce) {
     const std::vector<float> block(480, 0.1F);
     std::atomic<int> heard{0};
     for (int id = 1; id <= permanent; ++id) {
-        run([&, id](int) {
-            EXPECT_EQ(qnl_input_audio_float(handle, 1, id, block.data(), 480), QNL_ERROR_NONE);
-        });
-        run([&, id](int) {
-            std::vector<float> mix(960);
-            if (qnl_output_audio_float(handle, 1, id, mix.data()) == QNL_ERROR_NONE)
-                ++heard;
-        });
+        run([&, id](int) { EXPECT_EQ(engine.push(id, block), QNL_ERROR_NONE); });
+        run([&, id](int) { heard += engine.pull(id).code == QNL_ERROR_NONE ? 1 : 0; });
     }
     run([&](int) {
-        qnl_add_participant(handle, 1, 100, "guest", {48000, 2, QNL_PARTICIPANT_REGULAR});
+        engine.add(100, 2);
         qnl_remove_participant(handle, 1, 100);
     });
     run([&](int round) {
         const int id = 1 + round % permanent;
         qnl_set_participant_seat(handle, 1, id, 1 + round % 7);
-        qnl_set_participant_state(handle, 1, id, QNL_CONTROL_SIDEBAR_ROOM, round % 2);
+        engine.set(id, QNL_CONTROL_SIDEBAR_ROOM, round % 2);
         qnl_set_participant_name(handle, 1, id, round % 2 == 0 ? "a" : "a much longer name than a");
         qnl_flush_data(handle, 1, id);
     });
     run([&](int round) {
-        int numbers[3];
         char name[64];
-        qnl_get_participant_spherical(handle, 1, 1, 2 + round % 2, &numbers[0], &numbers[1], &numbers[2]);
+        engine.heard(1, 2 + round % 2);
         qnl_get_participant_name(handle, 1, 1 + round % permanent, name, 63);
         if (round % 16 == 0) {
             qnl_create_room(handle, 2);

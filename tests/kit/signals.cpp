@@ -4,17 +4,11 @@
 #include <cmath>
 #include <complex>
 #include <numeric>
-#include <random>
 
 namespace test_kit {
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
-
-/// Uniform from -1 to 1. The library's own distributions differ between standard libraries.
-double next(std::mt19937& random) {
-    return static_cast<double>(random()) / 2147483647.5 - 1.0;
-}
 
 double strength_at(const samples& x, double hz, double rate) {
     std::complex<double> sum = 0.0;
@@ -35,10 +29,14 @@ double correlation(const samples& reference, const samples& delayed, std::size_t
 
 } // namespace
 
+double uniform(std::mt19937& random) {
+    return static_cast<double>(random()) / 2147483647.5 - 1.0;
+}
+
 samples noise(std::size_t frames, std::uint32_t seed, float amplitude) {
     std::mt19937 random(seed);
     samples x(frames);
-    std::generate(x.begin(), x.end(), [&] { return static_cast<float>(next(random)) * amplitude; });
+    std::generate(x.begin(), x.end(), [&] { return static_cast<float>(uniform(random)) * amplitude; });
     return x;
 }
 
@@ -61,9 +59,23 @@ samples part(const samples& x, std::size_t from, std::size_t to) {
     return {x.data() + from, x.data() + to};
 }
 
+samples sum(samples x, const samples& y) {
+    std::transform(x.begin(), x.end(), y.begin(), x.begin(), std::plus<>());
+    return x;
+}
+
+samples scaled(samples x, float gain) {
+    std::transform(x.begin(), x.end(), x.begin(), [=](float sample) { return sample * gain; });
+    return x;
+}
+
 float peak(const samples& x) {
     return std::accumulate(x.begin(), x.end(), 0.0F,
                            [](float a, float b) { return std::max(a, std::abs(b)); });
+}
+
+double power(const samples& x) {
+    return std::inner_product(x.begin(), x.end(), x.begin(), 0.0) / static_cast<double>(x.size());
 }
 
 double gain_db_at(const samples& in, const samples& out, double hz, double rate) {

@@ -4,11 +4,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <random>
 #include <vector>
 
 namespace test_kit {
 
 using samples = std::vector<float>;
+
+/// The next number from -1 to 1. The library's own distributions differ between standard libraries.
+double uniform(std::mt19937& random);
 
 /// White noise, uniform from -amplitude to amplitude.
 samples noise(std::size_t frames, std::uint32_t seed, float amplitude = 1.0F);
@@ -22,8 +26,16 @@ samples planar(const samples& left, const samples& right);
 /// The samples from `from` on, up to and without `to`.
 samples part(const samples& x, std::size_t from, std::size_t to);
 
+/// Both together, sample by sample, for the length of `x`.
+samples sum(samples x, const samples& y);
+
+samples scaled(samples x, float gain);
+
 /// The largest magnitude; 0 for no samples.
 float peak(const samples& x);
+
+/// The mean of the squares.
+double power(const samples& x);
 
 /// How much louder `hz` is in `out` than in `in`, in dB, seen through a Hann window. Use at least ten periods.
 double gain_db_at(const samples& in, const samples& out, double hz, double rate = 48000.0);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <random>
 
 namespace test_kit {
 namespace {
@@ -31,9 +30,11 @@ private:
     double y2_ = 0.0;
 };
 
-/// Formants of vowels, Hz, men's averages (G. E. Peterson and H. L. Barney, 1952).
-constexpr double vowels[][3] = {{730, 1090, 2440}, {270, 2290, 3010}, {570, 840, 2410},
-                                {530, 1840, 2480}, {300, 870, 2240},  {660, 1720, 2410}};
+/// Formants of vowels, Hz, men's averages (G. E. Peterson and H. L. Barney, 1952), and two that all of them share.
+constexpr double vowels[][5] = {{730, 1090, 2440, 3500, 4500}, {270, 2290, 3010, 3500, 4500},
+                                {570, 840, 2410, 3500, 4500},  {530, 1840, 2480, 3500, 4500},
+                                {300, 870, 2240, 3500, 4500},  {660, 1720, 2410, 3500, 4500}};
+constexpr double bandwidths[] = {60, 90, 120, 200, 250};
 
 /// A mouth that moves from vowel to vowel.
 class vocal_tract {
@@ -45,21 +46,14 @@ public:
         const double* const from = vowels[said[syllable]];
         const double* const to = vowels[said[syllable + 1]];
         double x = source;
-        for (std::size_t i = 0; i < 3; ++i)
-            x = formants_[i].process(x, from[i] + glide * (to[i] - from[i]),
-                                     60.0 + 30.0 * static_cast<double>(i));
-        x = formants_[3].process(x, 3500.0, 200.0);
-        return formants_[4].process(x, 4500.0, 250.0);
+        for (std::size_t i = 0; i < 5; ++i)
+            x = formants_[i].process(x, from[i] + glide * (to[i] - from[i]), bandwidths[i]);
+        return x;
     }
 
 private:
     formant formants_[5];
 };
-
-/// From -1 to 1. The library's own distributions differ between standard libraries.
-double uniform(std::mt19937& random) {
-    return static_cast<double>(random()) / 2147483647.5 - 1.0;
-}
 
 } // namespace
 
@@ -98,9 +92,7 @@ spoken_words words(std::size_t frames, double hz, std::uint32_t seed) {
         if (i % 480 == 240 && i / 480 < result.pitch.size() && voiced && within > 0.3 && within < 0.95)
             result.pitch[i / 480] = pitch;
     }
-    const float loudest = peak(result.samples);
-    for (float& sample : result.samples)
-        sample *= 0.3F / loudest;
+    result.samples = scaled(result.samples, 0.3F / peak(result.samples));
     return result;
 }
 

@@ -3,9 +3,6 @@
 
 #include "kit/signals.h"
 
-#include <cstdint>
-#include <vector>
-
 namespace test_kit {
 
 /// Words that were never said.

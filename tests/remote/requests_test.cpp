@@ -2,6 +2,8 @@
 #include "remote_room.h"
 
 #include <atomic>
+#include <future>
+#include <tuple>
 
 namespace {
 
@@ -9,17 +11,11 @@ using namespace testing;
 
 const std::string type_error = "[json.exception.type_error.302] type must be ";
 
-struct refusal {
-    const char* request;
-    int code;
-    std::string description;
-};
-
 const std::string demo_rule = "You must use a negative integer as your demo participant ID";
 #define DEMO R"("demo_name":"","room_id":1,"sampling_rate":48000)"
 
 // What comes first is what is reported. docs/remote_protocol.md holds the plain cases.
-const refusal refusals[] = {
+const std::tuple<const char*, int, std::string> refusals[] = {
     {R"({"Command":" get_version"})", -9990, "QNL_ERROR_INVALID_VALUE"},
     {R"({"Command":"get_version\u0000"})", -9990, "QNL_ERROR_INVALID_VALUE"},
     {R"({"Command":7,"value":null})", -9990, type_error + "string, but is number"},
@@ -106,23 +102,21 @@ TEST_F(remote_room, gives_back_all_memory_of_a_request) {
 
 TEST_F(remote_room, takes_requests_on_several_threads_beside_audio) {
     std::atomic<bool> stop{false};
-    std::vector<std::thread> clients;
+    std::vector<std::future<void>> clients;
     for (const char* const request :
          {R"({"Command":"get_participant_state","room_id":1,"participant_id":1,"control_to_edit":2})",
           R"({"Command":"set_participant_seat","room_id":1,"participant_id":2,"seat_id":3})",
           R"({"Command":"set_room_layout","room_id":1,"layout_id":1})"})
-        clients.emplace_back([&stop, request, this] {
+        clients.push_back(std::async(std::launch::async, [&stop, request, this] {
             while (!stop)
                 EXPECT_EQ(answer(request)["Status"], "OK");
-        });
+        }));
     std::vector<float> block(960);
     for (int period = 0; period < 200; ++period) {
         EXPECT_EQ(qnl_input_audio_float(handle_, 1, 2, block.data(), 480), QNL_ERROR_NONE);
         EXPECT_EQ(qnl_output_audio_float(handle_, 1, 1, block.data()), QNL_ERROR_NONE);
     }
     stop = true;
-    for (std::thread& client : clients)
-        client.join();
 }
 
 } // namespace

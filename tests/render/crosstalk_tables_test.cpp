@@ -15,11 +15,8 @@ double energy(const float* taps, int count) {
 }
 
 int main_tap(const float* taps) {
-    int found = 0;
-    for (int i = 0; i < crosstalk_taps; i++)
-        if (std::abs(taps[i]) > std::abs(taps[found]))
-            found = i;
-    return found;
+    const auto weaker = [](float a, float b) { return std::abs(a) < std::abs(b); };
+    return static_cast<int>(std::max_element(taps, taps + crosstalk_taps, weaker) - taps);
 }
 
 // The tap around which the energy lies.

@@ -87,10 +87,7 @@ const row rows[] = {
 
 /// Words in a quiet room: the equaliser, told that all is speech, has to hear something.
 samples talk(size_t frames, std::uint32_t seed) {
-    samples said = words(frames, 150.0, seed).samples;
-    const samples room = noise(frames, seed, 1e-4F);
-    std::transform(said.begin(), said.end(), room.begin(), said.begin(), std::plus<>());
-    return said;
+    return sum(words(frames, 150.0, seed).samples, noise(frames, seed, 1e-4F));
 }
 
 /// What speech becomes after `before`.
@@ -104,18 +101,13 @@ samples speech_after(const row& of, const samples& before) {
     return in_blocks(last, block, process);
 }
 
-double power(const samples& x) {
-    return std::inner_product(x.begin(), x.end(), x.begin(), 0.0) / static_cast<double>(x.size());
-}
-
 /// The end, in seconds, of the last block whose error is above a fifth of its own level or of the usual one.
 double recovery(const samples& expected, const samples& heard) {
     const double usual = power(expected);
     double end = 0.0;
     for (size_t start = 0; start < expected.size(); start += block) {
         const samples wanted = part(expected, start, start + block);
-        samples error = part(heard, start, start + block);
-        std::transform(error.begin(), error.end(), wanted.begin(), error.begin(), std::minus<>());
+        const samples error = sum(part(heard, start, start + block), scaled(wanted, -1.0F));
         if (!(power(error) <= 0.04 * (power(wanted) + usual)))
             end = static_cast<double>(start + block) / second;
     }

@@ -2,19 +2,20 @@
 
 #include "kit/host.h"
 
-#include <fstream>
 #include <memory>
-#include <sstream>
 
 namespace {
 
 using owned_model = std::unique_ptr<rnnoise_model, decltype(&rnnoise_model_free)>;
 
+owned_model read_file(const std::string& path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "r"), &std::fclose);
+    return {rnnoise_model_from_file(file.get()), &rnnoise_model_free};
+}
+
 owned_model read(const std::string& text) {
     const test_kit::temporary_directory folder;
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
-        std::fopen(folder.write("model.txt", text).c_str(), "r"), &std::fclose);
-    return {rnnoise_model_from_file(file.get()), &rnnoise_model_free};
+    return read_file(folder.write("model.txt", text));
 }
 
 const std::string header = "rnnoise-nu model file version 1\n";
@@ -26,13 +27,13 @@ std::string numbers(int count, int value) {
     return text;
 }
 
-std::string dense(int inputs, int neurons, int activation, int weight = 1, int bias = 2) {
-    return std::to_string(inputs) + ' ' + std::to_string(neurons) + ' ' + std::to_string(activation) + '\n' +
-           numbers(inputs * neurons, weight) + numbers(neurons, bias);
+std::string dense(int inputs, int neurons, int activation, int weight = 1) {
+    return numbers(1, inputs) + numbers(1, neurons) + numbers(1, activation) + '\n' +
+           numbers(inputs * neurons, weight) + numbers(neurons, 2);
 }
 
 std::string gru(int inputs, int neurons, int activation) {
-    return std::to_string(inputs) + ' ' + std::to_string(neurons) + ' ' + std::to_string(activation) + '\n' +
+    return numbers(1, inputs) + numbers(1, neurons) + numbers(1, activation) + '\n' +
            numbers(inputs * 3 * neurons, 3) + numbers(neurons * 3 * neurons, 4) + numbers(3 * neurons, 5);
 }
 
@@ -67,9 +68,7 @@ TEST(ModelText, CutsWeightsToEightBitsAndIgnoresLines) {
         EXPECT_EQ(model->input_dense->input_weights[0], stored);
     }
     std::string one_line = small_model();
-    for (size_t at = header.size(); at < one_line.size(); ++at)
-        if (one_line[at] == '\n')
-            one_line[at] = ' ';
+    std::replace(one_line.begin() + static_cast<long>(header.size()), one_line.end(), '\n', ' ');
     EXPECT_TRUE(read(one_line));
 }
 
@@ -88,10 +87,7 @@ TEST(ModelText, ThatIsNoneGivesNullAndLeavesNothingBehind) {
 }
 
 TEST(BuiltInModel, EqualsItsText) {
-    std::ifstream file(QUENLIS_SOURCE_DIR "/data/recurrent_denoiser/model.txt");
-    std::ostringstream text;
-    text << file.rdbuf();
-    const owned_model model = read(text.str());
+    const owned_model model = read_file(QUENLIS_SOURCE_DIR "/data/recurrent_denoiser/model.txt");
     ASSERT_TRUE(model);
     const rnn_gru_layer& read_layer = *model->denoise_gru;
     const rnn_gru_layer& built_in = *rnnoise_model_orig.denoise_gru;
