@@ -102,8 +102,8 @@ TEST_P(ShippedData, CleansWords) {
 TEST_P(ShippedData, LeavesCleanWordsAsTheyAre) {
     const samples cleaned = clean(said.samples).cleaned;
     const double change = decibels(power(cleaned) / power(said.samples));
-    expect_at_least("loss of level, dB below zero", -std::abs(change), -5.0);
-    expect_at_least("SI-SDR of clean words, dB", si_sdr(said.samples, cleaned), 3.5);
+    expect_at_least("loss of level, dB below zero", -std::abs(change), -3.0);
+    expect_at_least("SI-SDR of clean words, dB", si_sdr(said.samples, cleaned), 7.0);
 }
 
 TEST_P(ShippedData, HearsVoiceAndPitchInNoise) {
