@@ -4,6 +4,8 @@
 #include "kit/words.h"
 #include "voice/recurrent/network.h"
 
+#include <utility>
+
 namespace {
 
 using namespace test_kit;
@@ -94,25 +96,45 @@ TEST(TableActivations, FollowTheFunctionsAndSaturate) {
     EXPECT_EQ(tansig_approx(-0.5F), -tansig_approx(0.5F));
 }
 
-TEST(RecurrentNetwork, RunsAGatedLayerAsDefined) {
-    constexpr int n = 5;
-    constexpr int inputs = 3;
+TEST(RecurrentNetwork, RunsItsLayersAsDefined) {
     std::vector<std::int8_t> weights;
-    for (int i = 0; i < (inputs + n + 1) * 3 * n; ++i)
+    for (int i = 0; i < 4000; ++i)
         weights.push_back(static_cast<std::int8_t>(i * 37 % 251 - 125));
-    const std::int8_t* const input_weights = weights.data();
-    const std::int8_t* const recurrent_weights = input_weights + inputs * 3 * n;
-    const std::int8_t* const bias = recurrent_weights + n * 3 * n;
-    const rnn_gru_layer layer = {bias, input_weights, recurrent_weights, inputs, n, 2};
-    // Evaluated in double precision, apart from the code.
-    const std::pair<float, samples> steps[] = {{0.7F, {0.0F, 0.0F, 0.0105131F, 0.1858794F, 0.0F}},
-                                               {-1.2F, {0.0F, 0.0F, 0.0072799F, 0.0877629F, 0.4468586F}},
-                                               {0.0F, {0.0F, 0.0F, 0.0048440F, 0.0476847F, 0.3173161F}}};
-    samples state(128);
-    for (const auto& [level, expected] : steps) {
-        const samples in = {level, 0.0F, 0.4F};
-        compute_gru(layer, state.data(), in.data());
-        EXPECT_THAT(part(state, 0, n), testing::Pointwise(testing::FloatNear(1e-5F), expected));
+    const std::int8_t* next = weights.data();
+    const auto take = [&](int count) { return std::exchange(next, next + count); };
+    const auto dense = [&](int inputs, int n, int activation) {
+        const std::int8_t* const from_inputs = take(inputs * n);
+        return rnn_dense_layer{take(n), from_inputs, inputs, n, activation};
+    };
+    const auto gated = [&](int inputs, int n, int activation) {
+        const std::int8_t* const from_inputs = take(inputs * 3 * n);
+        const std::int8_t* const from_state = take(n * 3 * n);
+        return rnn_gru_layer{take(3 * n), from_inputs, from_state, inputs, n, activation};
+    };
+    const rnn_dense_layer input_dense = dense(42, 2, 0);
+    const rnn_gru_layer vad_gru = gated(2, 3, 0);
+    const rnn_gru_layer noise_gru = gated(2 + 3 + 42, 4, 2);
+    const rnn_gru_layer denoise_gru = gated(3 + 4 + 42, 5, 0);
+    const rnn_dense_layer denoise_output = dense(5, 3, 1);
+    const rnn_dense_layer vad_output = dense(3, 1, 1);
+    const rnnoise_model model = {2, &input_dense, 3, &vad_gru,        4, &noise_gru,
+                                 5, &denoise_gru, 3, &denoise_output, 1, &vad_output};
+    // Voice and gains, evaluated in double precision, apart from the code.
+    const samples steps[] = {{0.444650F, 0.537565F, 0.586240F, 0.633286F},
+                             {0.459591F, 0.527625F, 0.573939F, 0.618990F},
+                             {0.456050F, 0.471926F, 0.530781F, 0.588791F}};
+    samples vad(128);
+    samples noise(128);
+    samples denoise(128);
+    int step = 0;
+    for (const samples& expected : steps) {
+        samples features(128);
+        for (int k = 0; k < 42; ++k)
+            features[static_cast<size_t>(k)] = 0.05F * static_cast<float>((7 * k + 3 * step) % 11 - 5);
+        ++step;
+        samples found(1 + 128);
+        found[0] = compute_rnn(model, {vad.data(), noise.data(), denoise.data()}, &found[1], features.data());
+        EXPECT_THAT(part(found, 0, 4), testing::Pointwise(testing::FloatNear(1e-5F), expected));
     }
 }
 
