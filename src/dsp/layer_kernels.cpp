@@ -11,6 +11,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include "dsp/vector_loops-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace quenlis {
 namespace HWY_NAMESPACE {
@@ -97,10 +99,12 @@ HWY_INLINE std::size_t add_side_by_side(Tag tag, const weighted_rows<Weight>& wa
 template <std::size_t Frames, std::size_t Rows, class Weight>
 HWY_INLINE std::size_t add_groups(const weighted_rows<Weight>& walk, std::size_t first, float* sums) {
     const hn::ScalableTag<float> whole;
+    const hn::CappedTag<float, 4> few;
     const hn::CappedTag<float, 1> single;
     for (; first + Rows <= walk.count; first += Rows) {
-        const std::size_t rest = add_side_by_side<Frames, Rows>(whole, walk, first, sums, 0);
-        add_side_by_side<Frames, Rows>(single, walk, first, sums, rest);
+        std::size_t j = add_side_by_side<Frames, Rows>(whole, walk, first, sums, 0);
+        j = add_side_by_side<Frames, Rows>(few, walk, first, sums, j);
+        add_side_by_side<Frames, Rows>(single, walk, first, sums, j);
     }
     return first;
 }
@@ -143,6 +147,26 @@ void add_rows(const weighted_rows<Weight>& walk) {
         add_all<1>(walk);
 }
 
+void table_tanh(const float* table, float* x, std::size_t n) {
+    for_each_vector<float, 2>(n, [&](auto tag, std::size_t i) HWY_ATTR {
+        const hn::RebindToSigned<decltype(tag)> integers;
+        const auto one = hn::Set(tag, 1.0F);
+        const auto end = hn::Set(tag, tanh_table_end);
+        const auto a = hn::LoadU(tag, x + i);
+        const auto size = smaller_of(hn::Abs(a), end);
+        const auto place =
+            hn::ConvertTo(integers, hn::Add(hn::Set(tag, 0.5F), hn::Mul(hn::Set(tag, 25.0F), size)));
+        const auto y = hn::GatherIndex(tag, table, place);
+        const auto d = hn::Sub(size, hn::Mul(hn::Set(tag, 0.04F), hn::ConvertTo(tag, place)));
+        const auto slope = hn::Sub(one, hn::Mul(y, y));
+        const auto bend = hn::Sub(one, hn::Mul(y, d));
+        const auto positive = hn::Add(y, hn::Mul(hn::Mul(d, slope), bend));
+        const auto sign = hn::IfThenElse(hn::Lt(a, hn::Zero(tag)), hn::Neg(one), one);
+        const auto inside = hn::IfThenElse(hn::Lt(a, end), hn::Mul(sign, positive), one);
+        hn::StoreU(hn::IfThenElse(hn::Le(a, hn::Neg(end)), hn::Neg(one), inside), tag, x + i);
+    });
+}
+
 float inner_product(const float* a, const float* b, std::size_t n) {
     const hn::CappedTag<float, reduction_lanes> tag;
     constexpr std::size_t vectors = reduction_lanes / hn::MaxLanes(tag);
@@ -168,7 +192,8 @@ float inner_product(const float* a, const float* b, std::size_t n) {
 } // namespace
 
 const layer_kernels& layer_table() {
-    static constexpr layer_kernels table = {add_rows<float>, add_rows<std::int8_t>, inner_product};
+    static constexpr layer_kernels table = {add_rows<float>, add_rows<std::int8_t>, inner_product,
+                                            table_tanh};
     return table;
 }
 

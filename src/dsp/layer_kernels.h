@@ -20,11 +20,14 @@ struct weighted_rows {
     std::size_t width;
 };
 
+constexpr float tanh_table_end = 8.0F;
+
 struct layer_kernels {
     /// Add the weighted rows to the sums, row after row.
     void (*add_float_rows)(const weighted_rows<float>& walk);
     void (*add_byte_rows)(const weighted_rows<std::int8_t>& walk);
     float (*inner_product)(const float* a, const float* b, std::size_t n);
+    void (*table_tanh)(const float* table, float* x, std::size_t n);
 };
 
 extern const layer_kernels scalar_layer_kernels;

@@ -82,3 +82,8 @@ void qnl_walk_rows(const row_walk& walk, const float* weights) {
 void qnl_walk_rows(const row_walk& walk, const std::int8_t* weights) {
     walk_all_rows(walk, weights);
 }
+
+void qnl_table_tanh(const float* table, float* x, int n) {
+    if (n > 0)
+        active_kernels.layers->table_tanh(table, x, static_cast<std::size_t>(n));
+}

@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-// Products of vectors with vectors and with row-major matrices, for network layers and correlations.
+// What network layers and correlations are made of: products of vectors with vectors and with row-major matrices, and
+// an activation.
 
 /// Sum over i below `n` of a[i] * b[i], each product and each sum rounded to float, in one fixed order that is not the
 /// plain one. 0 for an `n` of zero or less.
@@ -30,3 +31,7 @@ struct row_walk {
 };
 void qnl_walk_rows(const row_walk& walk, const float* weights);
 void qnl_walk_rows(const row_walk& walk, const std::int8_t* weights);
+
+/// The hyperbolic tangent in place, by a table of its values at the 201 multiples of 0.04 from 0 to 8: the value at the
+/// nearest one, and two more terms of the series there. 1 from 8 on and for a NaN, -1 up to -8. Never allocates.
+void qnl_table_tanh(const float* table, float* x, int n);

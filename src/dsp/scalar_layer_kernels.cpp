@@ -1,3 +1,4 @@
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -32,6 +33,24 @@ float inner_product(const float* a, const float* b, std::size_t n) {
     return combine_lanes(lanes, tail, n - whole_end, added);
 }
 
+void table_tanh(const float* table, float* x, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const float size = std::abs(x[i]);
+        if (!(x[i] < tanh_table_end)) {
+            x[i] = 1.0F;
+        } else if (x[i] <= -tanh_table_end) {
+            x[i] = -1.0F;
+        } else {
+            const int place = static_cast<int>(std::floor(0.5F + 25.0F * size));
+            const float d = size - 0.04F * static_cast<float>(place);
+            const float y = table[place];
+            const float slope = 1.0F - y * y;
+            x[i] = (x[i] < 0.0F ? -1.0F : 1.0F) * (y + d * slope * (1.0F - y * d));
+        }
+    }
+}
+
 } // namespace
 
-const layer_kernels scalar_layer_kernels = {add_rows<float>, add_rows<std::int8_t>, inner_product};
+const layer_kernels scalar_layer_kernels = {add_rows<float>, add_rows<std::int8_t>, inner_product,
+                                            table_tanh};

@@ -1,6 +1,6 @@
 #include "dsp/products.h"
 
-#include "kit/audio.h"
+#include "dsp/vector_checks.h"
 
 namespace {
 
@@ -33,6 +33,22 @@ TEST(InnerProduct, HasOneOrderOnEveryTarget) {
             return samples{product};
         });
     }
+}
+
+TEST(TableTanh, HasTheSameBitsOnEveryTargetUpToItsEnds) {
+    samples table(201, 1.0F);
+    for (size_t i = 0; i < 200; ++i)
+        table[i] = static_cast<float>(std::tanh(0.04 * static_cast<double>(i)));
+    const float below_8 = std::nextafter(8.0F, 0.0F);
+    const samples ends = {8.0F, -8.0F, below_8, -below_8, 0.02F, -0.02F, 7.98F};
+    expect_same_bits_on_every_target([&] {
+        samples x = planar(planar(ends, vector_checks::turning_points()), noise(500, 6, 9.0F));
+        const samples before = x;
+        qnl_table_tanh(table.data(), x.data(), static_cast<int>(x.size()));
+        for (size_t i = 0; i < x.size(); ++i)
+            EXPECT_NEAR(x[i], std::isnan(before[i]) ? 1.0F : std::tanh(before[i]), 3e-6F) << before[i];
+        return x;
+    });
 }
 
 } // namespace

@@ -26,12 +26,26 @@ std::array<float, table_size> make_tansig_table() {
 
 const std::array<float, table_size> tansig_table = make_tansig_table();
 
-float activate(float x, int activation) {
+void apply_tansig(float* x, int n) {
+    qnl_table_tanh(tansig_table.data(), x, n);
+}
+
+void apply_sigmoid(float* x, int n) {
+    qnl_multiplyC_I(x, 0.5F, n);
+    apply_tansig(x, n);
+    for (int i = 0; i < n; ++i)
+        x[i] = static_cast<float>(0.5 + 0.5 * static_cast<double>(x[i]));
+}
+
+/// Of sums that count in 256ths.
+void activate(float* x, int n, int activation) {
+    qnl_multiplyC_I(x, weight_scale, n);
     if (activation == activation_sigmoid)
-        return sigmoid_approx(x);
-    if (activation == activation_tanh)
-        return tansig_approx(x);
-    return std::max(x, 0.0F);
+        apply_sigmoid(x, n);
+    else if (activation == activation_tanh)
+        apply_tansig(x, n);
+    else
+        std::transform(x, x + n, x, [](float value) { return std::max(value, 0.0F); });
 }
 
 void widen(const std::int8_t* bias, float* out, int n) {
@@ -53,29 +67,20 @@ float* append(float* to, const float* values, int n) {
 } // namespace
 
 float tansig_approx(float x) {
-    if (!(x < 8.0F))
-        return 1.0F;
-    if (!(x > -8.0F))
-        return -1.0F;
-    const float sign = x < 0.0F ? -1.0F : 1.0F;
-    x = std::abs(x);
-    const int i = static_cast<int>(std::floor(0.5F + 25.0F * x));
-    const float d = x - 0.04F * static_cast<float>(i);
-    const float y = tansig_table[static_cast<std::size_t>(i)];
-    const float slope = 1.0F - y * y;
-    return sign * (y + d * slope * (1.0F - y * d));
+    apply_tansig(&x, 1);
+    return x;
 }
 
 float sigmoid_approx(float x) {
-    return static_cast<float>(0.5 + 0.5 * static_cast<double>(tansig_approx(0.5F * x)));
+    apply_sigmoid(&x, 1);
+    return x;
 }
 
 void compute_dense(const rnn_dense_layer& layer, float* out, const float* in) {
     const int n = layer.neuron_count;
     widen(layer.bias, out, n);
     add_product(in, layer.input_count, out, n, layer.input_weights, n);
-    for (int i = 0; i < n; ++i)
-        out[i] = activate(weight_scale * out[i], layer.activation);
+    activate(out, n, layer.activation);
 }
 
 void compute_gru(const rnn_gru_layer& layer, float* state, const float* in) {
@@ -85,18 +90,16 @@ void compute_gru(const rnn_gru_layer& layer, float* state, const float* in) {
     widen(layer.bias, sums, stride);
     add_product(in, layer.input_count, sums, stride, layer.input_weights, stride);
     add_product(state, n, sums, 2 * n, layer.recurrent_weights, stride);
-    float* const update = sums;
-    float* const reset = sums + n;
+    activate(sums, 2 * n, activation_sigmoid);
+    const float* const update = sums;
+    const float* const reset = sums + n;
     float* const candidate = sums + 2 * n;
     float remembered[largest_rnn_layer];
-    for (int i = 0; i < n; ++i) {
-        update[i] = sigmoid_approx(weight_scale * update[i]);
-        remembered[i] = sigmoid_approx(weight_scale * reset[i]) * state[i];
-    }
+    qnl_multiply(reset, state, remembered, n);
     add_product(remembered, n, candidate, n, layer.recurrent_weights + 2 * n, stride);
+    activate(candidate, n, layer.activation);
     for (int i = 0; i < n; ++i)
-        state[i] = update[i] * state[i] +
-                   (1.0F - update[i]) * activate(weight_scale * candidate[i], layer.activation);
+        state[i] = update[i] * state[i] + (1.0F - update[i]) * candidate[i];
 }
 
 float compute_rnn(const rnnoise_model& model, const rnn_state& state, float* gains, const float* features) {
