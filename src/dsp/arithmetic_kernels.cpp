@@ -25,8 +25,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 namespace {
 
 // How many vectors a turn of the loop takes. Divisions and roots wait for their unit, which is busiest when
-// they come one by one; everything else waits for loads and stores.
-constexpr std::size_t by_memory = 8;
+// they come one by one; everything else waits for loads and stores. With more of them in a turn, blocks whose
+// addresses agree within a page are walked at half the speed on some hardware.
+constexpr std::size_t by_memory = 2;
 constexpr std::size_t by_divider = 1;
 
 template <std::size_t Unrolled = by_memory, class Operation>
