@@ -24,23 +24,19 @@ const arithmetic_kernels& arithmetic_table() {
 namespace hn = hwy::HWY_NAMESPACE;
 namespace {
 
-// How many vectors a turn of the loop takes. Divisions and roots wait for their unit, which is busiest when
-// they come one by one; everything else waits for loads and stores, for which two were found to do best over all
-// instruction sets.
-constexpr std::size_t by_memory = 2;
+// Vectors in a turn of a loop of divisions or roots, whose unit is busiest when they come one by one.
 constexpr std::size_t by_divider = 1;
 
 template <std::size_t Unrolled = by_memory, class Operation>
 HWY_INLINE void map(const float* a, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, Unrolled>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        hn::StoreU(operation(tag, hn::LoadU(tag, a + i)), tag, d + i);
-    });
+    store_each_vector<Unrolled>(
+        d, n, [=](auto tag, std::size_t i) HWY_ATTR { return operation(tag, hn::LoadU(tag, a + i)); });
 }
 
 template <std::size_t Unrolled = by_memory, class Operation>
 HWY_INLINE void map(const float* a, const float* b, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, Unrolled>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        hn::StoreU(operation(tag, hn::LoadU(tag, a + i), hn::LoadU(tag, b + i)), tag, d + i);
+    store_each_vector<Unrolled>(d, n, [=](auto tag, std::size_t i) HWY_ATTR {
+        return operation(tag, hn::LoadU(tag, a + i), hn::LoadU(tag, b + i));
     });
 }
 

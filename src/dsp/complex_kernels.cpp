@@ -45,33 +45,98 @@ HWY_INLINE auto load(Tag tag, const complex32f* a) {
     return x;
 }
 
+template <class Tag, class V>
+HWY_INLINE void store(Tag tag, complex_vector<V> x, complex32f* d) {
+    hn::StoreInterleaved2(x.re, x.im, tag, parts(d));
+}
+
+template <class V>
+HWY_INLINE V even_twice(V x) {
+    return hn::DupEven(x);
+}
+
+template <class V>
+HWY_INLINE V odd_twice(V x) {
+    return hn::DupOdd(x);
+}
+
+// What follows does the same for wide vectors with half the shuffles and reads, of which a processor starts one
+// or two at a time.
+
+#if HWY_TARGET <= HWY_AVX2
+
+// Duplicated by the read itself where x comes from memory; Highway's forms end as shuffles.
+HWY_INLINE hn::Vec256<float> even_twice(hn::Vec256<float> x) {
+    return hn::Vec256<float>{_mm256_moveldup_ps(x.raw)};
+}
+
+HWY_INLINE hn::Vec256<float> odd_twice(hn::Vec256<float> x) {
+    return hn::Vec256<float>{_mm256_movehdup_ps(x.raw)};
+}
+
+#endif
+#if HWY_TARGET <= HWY_AVX3
+
+HWY_INLINE hn::Vec512<float> even_twice(hn::Vec512<float> x) {
+    return hn::Vec512<float>{_mm512_moveldup_ps(x.raw)};
+}
+
+HWY_INLINE hn::Vec512<float> odd_twice(hn::Vec512<float> x) {
+    return hn::Vec512<float>{_mm512_movehdup_ps(x.raw)};
+}
+
+/// Read once and kept in a register: the compiler would read again for the second use.
+HWY_INLINE hn::Vec512<float> load_once(hn::Full512<float> tag, const float* a) {
+    hn::Vec512<float> x = hn::LoadU(tag, a);
+    asm("" : "+v"(x.raw));
+    return x;
+}
+
+HWY_INLINE complex_vector<hn::Vec512<float>> load(hn::Full512<float> tag, const complex32f* a) {
+    const auto first = load_once(tag, parts(a));
+    const auto second = load_once(tag, parts(a) + hn::Lanes(tag));
+    return {hn::ConcatEven(tag, second, first), hn::ConcatOdd(tag, second, first)};
+}
+
+HWY_INLINE void store(hn::Full512<float> tag, complex_vector<hn::Vec512<float>> x, complex32f* d) {
+    const __m512i first = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i second = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    const auto pairs = [&](__m512i chosen) HWY_ATTR {
+        return hn::Vec512<float>{_mm512_permutex2var_ps(x.re.raw, chosen, x.im.raw)};
+    };
+    hn::StoreU(pairs(first), tag, parts(d));
+    hn::StoreU(pairs(second), tag, parts(d) + hn::Lanes(tag));
+}
+
+#endif
+
 // Both parts as one number of 64 bits: taking them apart first costs more than a short block takes.
 void set(complex32f* x, complex32f c, std::size_t n) {
     std::uint64_t both = 0;
     std::memcpy(&both, &c, sizeof both);
-    for_each_vector<std::uint64_t, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<std::uint64_t, by_memory>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         const hn::Repartition<float, decltype(tag)> as_parts;
         hn::StoreU(hn::BitCast(as_parts, hn::Set(tag, both)), as_parts, parts(x + i));
     });
 }
 
 void multiply(const complex32f* a, const complex32f* b, complex32f* d, std::size_t n) {
-    for_each_vector<float, 4, 2>(2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
+    store_each_vector<by_memory, 2>(parts(d), 2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
         const auto x = hn::LoadU(tag, parts(a) + i);
         const auto y = hn::LoadU(tag, parts(b) + i);
-        const auto straight = hn::Mul(x, hn::DupEven(y));
-        const auto crossed = hn::Mul(hn::Shuffle2301(x), hn::DupOdd(y));
-        hn::StoreU(hn::OddEven(hn::Add(straight, crossed), hn::Sub(straight, crossed)), tag, parts(d) + i);
+        const auto straight = hn::Mul(x, even_twice(y));
+        const auto crossed = hn::Mul(hn::Shuffle2301(x), odd_twice(y));
+        return hn::OddEven(hn::Add(straight, crossed), hn::Sub(straight, crossed));
     });
 }
 
 void multiply_constant(const complex32f* a, complex32f* d, complex32f c, std::size_t n) {
-    for_each_vector<float, 4, 2>(2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
+    store_each_vector<by_memory, 2>(parts(d), 2 * n, [=](auto tag, std::size_t i) HWY_ATTR {
         const auto x = hn::LoadU(tag, parts(a) + i);
         const auto straight = hn::Mul(x, hn::Set(tag, c.re));
         const auto crossed =
             hn::Mul(hn::Shuffle2301(x), hn::OddEven(hn::Set(tag, c.im), hn::Set(tag, -c.im)));
-        hn::StoreU(hn::Add(straight, crossed), tag, parts(d) + i);
+        return hn::Add(straight, crossed);
     });
 }
 
@@ -110,13 +175,14 @@ void divide_by_constant(const complex32f* a, complex32f* d, complex32f c, std::s
 }
 
 void join(const float* re, const float* im, complex32f* d, std::size_t n) {
-    for_each_vector<float, 8>(n, [=](auto tag, std::size_t i) HWY_ATTR {
-        hn::StoreInterleaved2(hn::LoadU(tag, re + i), hn::LoadU(tag, im + i), tag, parts(d + i));
+    for_each_vector<float, by_memory>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+        store(tag, complex_vector<decltype(hn::Zero(tag))>{hn::LoadU(tag, re + i), hn::LoadU(tag, im + i)},
+              d + i);
     });
 }
 
 void split(const complex32f* a, float* re, float* im, std::size_t n) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i) HWY_ATTR {
+    for_each_vector<float, by_memory>(n, [=](auto tag, std::size_t i) HWY_ATTR {
         const auto x = load(tag, a + i);
         hn::StoreU(x.re, tag, re + i);
         hn::StoreU(x.im, tag, im + i);
@@ -125,8 +191,8 @@ void split(const complex32f* a, float* re, float* im, std::size_t n) {
 
 template <class Operation>
 HWY_INLINE void map_to_float(const complex32f* a, float* d, std::size_t n, Operation operation) {
-    for_each_vector<float, 4>(n, [=](auto tag, std::size_t i)
-                                     HWY_ATTR { hn::StoreU(operation(load(tag, a + i)), tag, d + i); });
+    store_each_vector<by_memory>(
+        d, n, [=](auto tag, std::size_t i) HWY_ATTR { return operation(load(tag, a + i)); });
 }
 
 void real_part(const complex32f* a, float* d, std::size_t n) {

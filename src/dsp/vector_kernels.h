@@ -73,10 +73,10 @@ struct resampler_kernels; // in resampler_kernels.h
 
 /// One instruction set's kernels, family by family.
 struct vector_kernels {
-    const arithmetic_kernels* arithmetic;
-    const complex_kernels* complex;
-    const math_kernels* math;
-    const conversion_kernels* conversion;
+    arithmetic_kernels arithmetic;
+    complex_kernels complex;
+    math_kernels math;
+    conversion_kernels conversion;
     const fft_kernels* fft;
     const layer_kernels* layers;
     const resampler_kernels* resampler;
