@@ -207,7 +207,8 @@ QNL_API qnl_error_code qnl_destroy_room(qnl_handle handle, int room_id);
 /// @return QNL_ERROR_INVALID_PARTICIPANT_ID when the id is taken; QNL_ERROR_NUM_CHANNELS,
 ///         QNL_ERROR_PARTICIPANT_TYPE or QNL_ERROR_SAMPLE_RATE for a refused configuration;
 ///         QNL_ERROR_INVALID_VALUE when the layout has no seats. A code that comes from the layout's default
-///         control values leaves the participant in the room, seated but unheard: remove it.
+///         control values leaves the participant in the room, seated, but those who were there neither hear
+///         it nor are heard by it: remove it.
 QNL_API qnl_error_code qnl_add_participant(qnl_handle handle, int room_id, int participant_id,
                                            const char* participant_name,
                                            qnl_participant_configuration config);
