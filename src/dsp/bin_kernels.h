@@ -13,3 +13,4 @@ struct bin_kernels {
 };
 
 extern const bin_kernels scalar_bin_kernels;
+extern bin_kernels active_bin_kernels __attribute__((visibility("hidden"))); ///< scalar at first

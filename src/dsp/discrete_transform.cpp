@@ -10,11 +10,11 @@
 complex_transform::complex_transform(int size) : plan_(size), work_(qnl_make_buffer_32fc(2 * size)) {}
 
 void complex_transform::forward(const complex32f* in, complex32f* out) {
-    active_kernels.fft->transform(plan_, in, out, work_.get(), false);
+    active_fft_kernels.transform(plan_, in, out, work_.get(), false);
 }
 
 void complex_transform::inverse(const complex32f* in, complex32f* out) {
-    active_kernels.fft->transform(plan_, in, out, work_.get(), true);
+    active_fft_kernels.transform(plan_, in, out, work_.get(), true);
 }
 
 real_transform::real_transform(int size)
@@ -33,10 +33,10 @@ real_transform::real_transform(int size)
 
 void real_transform::forward(const float* in, complex32f* out) {
     half_.forward(reinterpret_cast<const complex32f*>(in), packed_.get());
-    active_kernels.fft->expand_real(packed_.get(), factors_.get(), out, size_ / 2);
+    active_fft_kernels.expand_real(packed_.get(), factors_.get(), out, size_ / 2);
 }
 
 void real_transform::inverse(const complex32f* in, float* out) {
-    active_kernels.fft->pack_real(in, factors_.get(), packed_.get(), size_ / 2);
+    active_fft_kernels.pack_real(in, factors_.get(), packed_.get(), size_ / 2);
     half_.inverse(packed_.get(), reinterpret_cast<complex32f*>(out));
 }

@@ -26,3 +26,4 @@ struct fft_kernels {
 };
 
 extern const fft_kernels scalar_fft_kernels;
+extern fft_kernels active_fft_kernels __attribute__((visibility("hidden"))); ///< scalar at first

@@ -31,3 +31,4 @@ struct layer_kernels {
 };
 
 extern const layer_kernels scalar_layer_kernels;
+extern layer_kernels active_layer_kernels __attribute__((visibility("hidden"))); ///< scalar at first

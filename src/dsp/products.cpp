@@ -11,11 +11,11 @@ namespace {
 constexpr int chunk_rows = 512;
 
 void add_rows(const weighted_rows<float>& walk) {
-    active_kernels.layers->add_float_rows(walk);
+    active_layer_kernels.add_float_rows(walk);
 }
 
 void add_rows(const weighted_rows<std::int8_t>& walk) {
-    active_kernels.layers->add_byte_rows(walk);
+    active_layer_kernels.add_byte_rows(walk);
 }
 
 /// Numbers of the inputs that are not zero.
@@ -72,7 +72,7 @@ void walk_all_rows(const row_walk& walk, const Weight* weights) {
 } // namespace
 
 float qnl_inner_product(const float* a, const float* b, int n) {
-    return n > 0 ? active_kernels.layers->inner_product(a, b, static_cast<std::size_t>(n)) : 0.0F;
+    return n > 0 ? active_layer_kernels.inner_product(a, b, static_cast<std::size_t>(n)) : 0.0F;
 }
 
 void qnl_walk_rows(const row_walk& walk, const float* weights) {
@@ -85,5 +85,5 @@ void qnl_walk_rows(const row_walk& walk, const std::int8_t* weights) {
 
 void qnl_table_tanh(const float* table, float* x, int n) {
     if (n > 0)
-        active_kernels.layers->table_tanh(table, x, static_cast<std::size_t>(n));
+        active_layer_kernels.table_tanh(table, x, static_cast<std::size_t>(n));
 }

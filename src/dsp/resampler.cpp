@@ -55,7 +55,7 @@ void quenlis_resampler_guts::process(float* out) {
 }
 
 void quenlis_resampler_guts::sum_run(const resampler_bank::run& run, const double* first) {
-    active_kernels.resampler->inner_products(
+    active_resampler_kernels.inner_products(
         first + run.position + 1 - history_, static_cast<std::size_t>(bank_.input_period()),
         steps_past(input_samples_ - run.position, bank_.input_period()), bank_.taps(run.first), run.rows,
         sums_.data() + run.first, static_cast<std::size_t>(bank_.output_period()));

@@ -17,3 +17,4 @@ struct resampler_kernels {
 
 /// The reference, plain loops.
 extern const resampler_kernels scalar_resampler_kernels;
+extern resampler_kernels active_resampler_kernels __attribute__((visibility("hidden"))); ///< scalar at first

@@ -19,52 +19,52 @@ bool nothing_to_do(const void* a, const void* d, int n) {
 
 void qnl_deinterleave(const short* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.deinterleave_short(a, d, d + n, count(n));
+        active_conversion_kernels.deinterleave_short(a, d, d + n, count(n));
 }
 
 void qnl_deinterleave(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.complex.split(reinterpret_cast<const complex32f*>(a), d, d + n, count(n));
+        active_complex_kernels.split(reinterpret_cast<const complex32f*>(a), d, d + n, count(n));
 }
 
 void qnl_deinterleave(const double* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.deinterleave_double(a, d, d + n, count(n));
+        active_conversion_kernels.deinterleave_double(a, d, d + n, count(n));
 }
 
 void qnl_interleave(const float* a, short* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.interleave_short(a, a + n, d, count(n));
+        active_conversion_kernels.interleave_short(a, a + n, d, count(n));
 }
 
 void qnl_interleave(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.complex.join(a, a + n, reinterpret_cast<complex32f*>(d), count(n));
+        active_complex_kernels.join(a, a + n, reinterpret_cast<complex32f*>(d), count(n));
 }
 
 void qnl_interleave(const float* a, double* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.interleave_double(a, a + n, d, count(n));
+        active_conversion_kernels.interleave_double(a, a + n, d, count(n));
 }
 
 void qnl_convert(const short* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.short_to_float(a, d, count(n));
+        active_conversion_kernels.short_to_float(a, d, count(n));
 }
 
 void qnl_convert(const float* a, short* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.float_to_short(a, d, count(n));
+        active_conversion_kernels.float_to_short(a, d, count(n));
 }
 
 void qnl_convert(const float* a, double* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.float_to_double(a, d, count(n));
+        active_conversion_kernels.float_to_double(a, d, count(n));
 }
 
 void qnl_convert(const double* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.conversion.double_to_float(a, d, count(n));
+        active_conversion_kernels.double_to_float(a, d, count(n));
 }
 
 void expand_float_to_short_values(float* x, int n) {

@@ -111,7 +111,7 @@ float smallest(const float* a, std::size_t n) {
 
 } // namespace
 
-const arithmetic_kernels scalar_arithmetic_kernels = {
+constexpr arithmetic_kernels scalar_arithmetic_kernels = {
     set,
     add,
     add_constant,
@@ -131,3 +131,5 @@ const arithmetic_kernels scalar_arithmetic_kernels = {
     largest,
     smallest,
 };
+
+arithmetic_kernels active_arithmetic_kernels = scalar_arithmetic_kernels;

@@ -48,4 +48,6 @@ void separate_centre(complex32f* left, complex32f* right, complex32f* centre, st
 
 } // namespace
 
-const bin_kernels scalar_bin_kernels = {separate_centre};
+constexpr bin_kernels scalar_bin_kernels = {separate_centre};
+
+bin_kernels active_bin_kernels = scalar_bin_kernels;

@@ -83,7 +83,9 @@ void squared_magnitude(const complex32f* a, float* d, std::size_t n) {
 
 } // namespace
 
-const complex_kernels scalar_complex_kernels = {
+constexpr complex_kernels scalar_complex_kernels = {
     set,   multiply,  multiply_constant, divide,    divide_by_constant, join,
     split, real_part, imaginary_part,    magnitude, magnitude_of_parts, squared_magnitude,
 };
+
+complex_kernels active_complex_kernels = scalar_complex_kernels;

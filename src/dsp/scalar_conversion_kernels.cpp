@@ -71,7 +71,9 @@ void double_to_float(const double* a, float* d, std::size_t n) {
 
 } // namespace
 
-const conversion_kernels scalar_conversion_kernels = {
+constexpr conversion_kernels scalar_conversion_kernels = {
     deinterleave_short, deinterleave_double, interleave_short, interleave_double,
     short_to_float,     float_to_short,      float_to_double,  double_to_float,
 };
+
+conversion_kernels active_conversion_kernels = scalar_conversion_kernels;

@@ -160,4 +160,6 @@ void pack_real(const complex32f* bins, const complex32f* factors, complex32f* pa
 
 } // namespace
 
-const fft_kernels scalar_fft_kernels = {transform_either_way, expand_real, pack_real};
+constexpr fft_kernels scalar_fft_kernels = {transform_either_way, expand_real, pack_real};
+
+fft_kernels active_fft_kernels = scalar_fft_kernels;

@@ -52,5 +52,7 @@ void table_tanh(const float* table, float* x, std::size_t n) {
 
 } // namespace
 
-const layer_kernels scalar_layer_kernels = {add_rows<float>, add_rows<std::int8_t>, inner_product,
-                                            table_tanh};
+constexpr layer_kernels scalar_layer_kernels = {add_rows<float>, add_rows<std::int8_t>, inner_product,
+                                                table_tanh};
+
+layer_kernels active_layer_kernels = scalar_layer_kernels;

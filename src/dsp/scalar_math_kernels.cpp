@@ -196,6 +196,8 @@ void multiply_by_hann_window(float* x, std::size_t n) {
 
 } // namespace
 
-const math_kernels scalar_math_kernels = {
+constexpr math_kernels scalar_math_kernels = {
     hyperbolic_tangent, sigmoid, common_logarithm, power, phase, polar_to_cart, multiply_by_hann_window,
 };
+
+math_kernels active_math_kernels = scalar_math_kernels;

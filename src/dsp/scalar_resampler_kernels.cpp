@@ -22,4 +22,6 @@ void inner_products(const double* samples, std::size_t step, std::size_t windows
 
 } // namespace
 
-const resampler_kernels scalar_resampler_kernels = {inner_products};
+constexpr resampler_kernels scalar_resampler_kernels = {inner_products};
+
+resampler_kernels active_resampler_kernels = scalar_resampler_kernels;

@@ -62,7 +62,7 @@ void qnl_power_dB_to_linear_I(float* x, int n) {
 void qnl_power_spectrum_dB(const complex32f* a, float* d, int n) {
     if (a == nullptr || d == nullptr || n <= 0)
         return;
-    active_kernels.complex.squared_magnitude(a, d, static_cast<std::size_t>(n));
+    active_complex_kernels.squared_magnitude(a, d, static_cast<std::size_t>(n));
     qnl_multiplyC_I(d, 1.0F / static_cast<float>(wrapped_product(n, n)), n);
     qnl_linear_to_power_dB_I(d, n);
 }

@@ -73,10 +73,10 @@ struct resampler_kernels; // in resampler_kernels.h
 
 /// One instruction set's kernels, family by family.
 struct vector_kernels {
-    arithmetic_kernels arithmetic;
-    complex_kernels complex;
-    math_kernels math;
-    conversion_kernels conversion;
+    const arithmetic_kernels* arithmetic;
+    const complex_kernels* complex;
+    const math_kernels* math;
+    const conversion_kernels* conversion;
     const fft_kernels* fft;
     const layer_kernels* layers;
     const resampler_kernels* resampler;
@@ -89,6 +89,9 @@ extern const complex_kernels scalar_complex_kernels;
 extern const math_kernels scalar_math_kernels;
 extern const conversion_kernels scalar_conversion_kernels;
 
-/// The kernels in use: scalar ones until qnl_start_vector_layer. Hidden, so that a call reaches them without a
-/// way round through the table of global symbols.
-extern vector_kernels active_kernels __attribute__((visibility("hidden")));
+/// The kernels in use, a variable for each family: scalar ones until qnl_start_vector_layer. Copies of the tables,
+/// so that a call looks in one place only, and hidden, so that it finds that without the table of global symbols.
+extern arithmetic_kernels active_arithmetic_kernels __attribute__((visibility("hidden")));
+extern complex_kernels active_complex_kernels __attribute__((visibility("hidden")));
+extern math_kernels active_math_kernels __attribute__((visibility("hidden")));
+extern conversion_kernels active_conversion_kernels __attribute__((visibility("hidden")));

@@ -63,12 +63,12 @@ void shift_and_clear(Element* x, int shift, int n) {
 
 void qnl_set(float* x, float c, int n) {
     if (!nothing_to_do(x, n))
-        active_kernels.arithmetic.set(x, c, count(n));
+        active_arithmetic_kernels.set(x, c, count(n));
 }
 
 void qnl_set(complex32f* x, complex32f c, int n) {
     if (!nothing_to_do(x, n))
-        active_kernels.complex.set(x, c, count(n));
+        active_complex_kernels.set(x, c, count(n));
 }
 
 void qnl_zero(float* x, int n) {
@@ -113,12 +113,12 @@ void qnl_shift_and_clear(complex32f* x, int shift, int n) {
 
 void qnl_add(const float* a, const float* b, float* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.arithmetic.add(a, b, d, count(n));
+        active_arithmetic_kernels.add(a, b, d, count(n));
 }
 
 void qnl_add(const complex32f* a, const complex32f* b, complex32f* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.arithmetic.add(parts(a), parts(b), parts(d), parts_count(n));
+        active_arithmetic_kernels.add(parts(a), parts(b), parts(d), parts_count(n));
 }
 
 void qnl_add_I(const float* a, float* x, int n) {
@@ -131,17 +131,17 @@ void qnl_add_I(const complex32f* a, complex32f* x, int n) {
 
 void qnl_addC_I(float* x, float c, int n) {
     if (!nothing_to_do(x, n))
-        active_kernels.arithmetic.add_constant(x, x, c, count(n));
+        active_arithmetic_kernels.add_constant(x, x, c, count(n));
 }
 
 void qnl_subtract(const float* a, const float* b, float* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.arithmetic.subtract(a, b, d, count(n));
+        active_arithmetic_kernels.subtract(a, b, d, count(n));
 }
 
 void qnl_subtract(const complex32f* a, const complex32f* b, complex32f* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.arithmetic.subtract(parts(a), parts(b), parts(d), parts_count(n));
+        active_arithmetic_kernels.subtract(parts(a), parts(b), parts(d), parts_count(n));
 }
 
 void qnl_subtract_I(const float* a, float* x, int n) {
@@ -154,7 +154,7 @@ void qnl_subtract_I(const complex32f* a, complex32f* x, int n) {
 
 void qnl_subtractC(const float* a, float* d, float c, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.arithmetic.add_constant(a, d, -c, count(n));
+        active_arithmetic_kernels.add_constant(a, d, -c, count(n));
 }
 
 void qnl_subtractC_I(float* x, float c, int n) {
@@ -163,12 +163,12 @@ void qnl_subtractC_I(float* x, float c, int n) {
 
 void qnl_multiply(const float* a, const float* b, float* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.arithmetic.multiply(a, b, d, count(n));
+        active_arithmetic_kernels.multiply(a, b, d, count(n));
 }
 
 void qnl_multiply(const complex32f* a, const complex32f* b, complex32f* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.complex.multiply(a, b, d, count(n));
+        active_complex_kernels.multiply(a, b, d, count(n));
 }
 
 void qnl_multiply_I(const float* a, float* x, int n) {
@@ -181,12 +181,12 @@ void qnl_multiply_I(const complex32f* a, complex32f* x, int n) {
 
 void qnl_multiplyC(const float* a, float* d, float c, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.arithmetic.multiply_constant(a, d, c, count(n));
+        active_arithmetic_kernels.multiply_constant(a, d, c, count(n));
 }
 
 void qnl_multiplyC(const complex32f* a, complex32f* d, complex32f c, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.complex.multiply_constant(a, d, c, count(n));
+        active_complex_kernels.multiply_constant(a, d, c, count(n));
 }
 
 void qnl_multiplyC_I(float* x, float c, int n) {
@@ -199,12 +199,12 @@ void qnl_multiplyC_I(complex32f* x, complex32f c, int n) {
 
 void qnl_divide(const float* a, const float* b, float* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.arithmetic.divide(a, b, d, count(n));
+        active_arithmetic_kernels.divide(a, b, d, count(n));
 }
 
 void qnl_divide(const complex32f* a, const complex32f* b, complex32f* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.complex.divide(a, b, d, count(n));
+        active_complex_kernels.divide(a, b, d, count(n));
 }
 
 void qnl_divide_I(const complex32f* a, complex32f* x, int n) {
@@ -213,12 +213,12 @@ void qnl_divide_I(const complex32f* a, complex32f* x, int n) {
 
 void qnl_divideC(const float* a, float* d, float c, int n) {
     if (!nothing_to_do(a, d, n) && c != 0.0F)
-        active_kernels.arithmetic.divide_by_constant(a, d, c, count(n));
+        active_arithmetic_kernels.divide_by_constant(a, d, c, count(n));
 }
 
 void qnl_divideC(const complex32f* a, complex32f* d, complex32f c, int n) {
     if (!nothing_to_do(a, d, n) && (c.re != 0.0F || c.im != 0.0F))
-        active_kernels.complex.divide_by_constant(a, d, c, count(n));
+        active_complex_kernels.divide_by_constant(a, d, c, count(n));
 }
 
 void qnl_divideC_I(float* x, float c, int n) {
@@ -231,17 +231,17 @@ void qnl_divideC_I(complex32f* x, complex32f c, int n) {
 
 void qnl_divideReverseC(const float* a, float* d, float c, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.arithmetic.divide_constant(a, d, c, count(n));
+        active_arithmetic_kernels.divide_constant(a, d, c, count(n));
 }
 
 void qnl_abs(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.arithmetic.absolute(a, d, count(n));
+        active_arithmetic_kernels.absolute(a, d, count(n));
 }
 
 void qnl_sqr(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.arithmetic.square(a, d, count(n));
+        active_arithmetic_kernels.square(a, d, count(n));
 }
 
 void qnl_sqr_I(float* x, int n) {
@@ -250,27 +250,27 @@ void qnl_sqr_I(float* x, int n) {
 
 void qnl_sqrt_I(float* x, int n) {
     if (!nothing_to_do(x, n))
-        active_kernels.arithmetic.square_root(x, x, count(n));
+        active_arithmetic_kernels.square_root(x, x, count(n));
 }
 
 void qnl_max_every(const float* a, const float* b, float* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.arithmetic.larger(a, b, d, count(n));
+        active_arithmetic_kernels.larger(a, b, d, count(n));
 }
 
 void qnl_sigmoid(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.math.sigmoid(a, d, count(n));
+        active_math_kernels.sigmoid(a, d, count(n));
 }
 
 void qnl_tanh(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.math.hyperbolic_tangent(a, d, count(n));
+        active_math_kernels.hyperbolic_tangent(a, d, count(n));
 }
 
 void qnl_log10(const float* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.math.common_logarithm(a, d, count(n));
+        active_math_kernels.common_logarithm(a, d, count(n));
 }
 
 void qnl_log10_I(float* x, int n) {
@@ -279,7 +279,7 @@ void qnl_log10_I(float* x, int n) {
 
 void qnl_pow(const float* a, const float* b, float* d, int n) {
     if (!nothing_to_do(a, b, d, n))
-        active_kernels.math.power(a, b, d, count(n));
+        active_math_kernels.power(a, b, d, count(n));
 }
 
 void qnl_constant_to_power(const float* a, float* d, float c, int n) {
@@ -295,67 +295,67 @@ void qnl_constant_to_power_I(float* x, float c, int n) {
 
 void qnl_real_to_complex(const float* re, const float* im, complex32f* d, int n) {
     if (!nothing_to_do(re, im, d, n))
-        active_kernels.complex.join(re, im, d, count(n));
+        active_complex_kernels.join(re, im, d, count(n));
 }
 
 void qnl_complex_to_real(const complex32f* a, float* re, float* im, int n) {
     if (!nothing_to_do(a, re, im, n))
-        active_kernels.complex.split(a, re, im, count(n));
+        active_complex_kernels.split(a, re, im, count(n));
 }
 
 void qnl_get_real_part(const complex32f* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.complex.real_part(a, d, count(n));
+        active_complex_kernels.real_part(a, d, count(n));
 }
 
 void qnl_get_imag_part(const complex32f* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.complex.imaginary_part(a, d, count(n));
+        active_complex_kernels.imaginary_part(a, d, count(n));
 }
 
 void qnl_magnitude(const complex32f* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.complex.magnitude(a, d, count(n));
+        active_complex_kernels.magnitude(a, d, count(n));
 }
 
 void qnl_magnitude(const float* re, const float* im, float* d, int n) {
     if (!nothing_to_do(re, im, d, n))
-        active_kernels.complex.magnitude_of_parts(re, im, d, count(n));
+        active_complex_kernels.magnitude_of_parts(re, im, d, count(n));
 }
 
 void qnl_phase(const complex32f* a, float* d, int n) {
     if (!nothing_to_do(a, d, n))
-        active_kernels.math.phase(a, d, count(n));
+        active_math_kernels.phase(a, d, count(n));
 }
 
 void qnl_polar_to_cart(const float* mag, const float* phase, complex32f* d, int n) {
     if (!nothing_to_do(mag, phase, d, n))
-        active_kernels.math.polar_to_cart(mag, phase, d, count(n));
+        active_math_kernels.polar_to_cart(mag, phase, d, count(n));
 }
 
 float qnl_mean(const float* a, int n) {
-    return nothing_to_do(a, n) ? 0.0F : active_kernels.arithmetic.sum(a, count(n)) / static_cast<float>(n);
+    return nothing_to_do(a, n) ? 0.0F : active_arithmetic_kernels.sum(a, count(n)) / static_cast<float>(n);
 }
 
 float qnl_max(const float* a, int n) {
-    return nothing_to_do(a, n) ? 0.0F : active_kernels.arithmetic.largest(a, count(n));
+    return nothing_to_do(a, n) ? 0.0F : active_arithmetic_kernels.largest(a, count(n));
 }
 
 float qnl_min(const float* a, int n) {
-    return nothing_to_do(a, n) ? 0.0F : active_kernels.arithmetic.smallest(a, count(n));
+    return nothing_to_do(a, n) ? 0.0F : active_arithmetic_kernels.smallest(a, count(n));
 }
 
 void qnl_hann_window_I(float* x, int n) {
     if (!nothing_to_do(x, n) && n >= 3)
-        active_kernels.math.multiply_by_hann_window(x, count(n));
+        active_math_kernels.multiply_by_hann_window(x, count(n));
 }
 
 void convert_stereo_to_mono(float* x, float gain, int n) {
     if (!nothing_to_do(x, n))
-        active_kernels.arithmetic.add_and_scale(x, x + n, x, gain, count(n));
+        active_arithmetic_kernels.add_and_scale(x, x + n, x, gain, count(n));
 }
 
 void qnl_mix_to_both_sides_I(float* x, float gain, float* left, float* right, int n) {
     if (!nothing_to_do(x, n) && left != nullptr && right != nullptr)
-        active_kernels.arithmetic.scale_and_add_twice(x, gain, left, right, count(n));
+        active_arithmetic_kernels.scale_and_add_twice(x, gain, left, right, count(n));
 }

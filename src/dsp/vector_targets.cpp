@@ -15,11 +15,11 @@
 
 namespace {
 
-vector_kernels scalar_kernels() {
-    return {scalar_arithmetic_kernels, scalar_complex_kernels, scalar_math_kernels,
-            scalar_conversion_kernels, &scalar_fft_kernels,    &scalar_layer_kernels,
-            &scalar_resampler_kernels, &scalar_bin_kernels};
-}
+constexpr vector_kernels scalar_kernels = {
+    &scalar_arithmetic_kernels, &scalar_complex_kernels, &scalar_math_kernels,
+    &scalar_conversion_kernels, &scalar_fft_kernels,     &scalar_layer_kernels,
+    &scalar_resampler_kernels,  &scalar_bin_kernels,
+};
 
 struct vector_target {
     const char* name;
@@ -27,7 +27,7 @@ struct vector_target {
 };
 
 std::vector<vector_target> offered_targets() {
-    std::vector<vector_target> targets = {{"scalar", scalar_kernels()}};
+    std::vector<vector_target> targets = {{"scalar", scalar_kernels}};
 #ifndef QUENLIS_SCALAR_ONLY
     const std::int64_t offered = hwy::SupportedTargets() & HWY_TARGETS & ~(HWY_EMU128 | HWY_SCALAR);
     // In Highway's numbering the better target has the lower bit.
@@ -35,8 +35,8 @@ std::vector<vector_target> offered_targets() {
         const std::int64_t target = offered & (std::int64_t{1} << bit);
         if (target != 0)
             targets.push_back({hwy::TargetName(target),
-                               {quenlis::arithmetic_kernels_of(target), quenlis::complex_kernels_of(target),
-                                quenlis::math_kernels_of(target), quenlis::conversion_kernels_of(target),
+                               {&quenlis::arithmetic_kernels_of(target), &quenlis::complex_kernels_of(target),
+                                &quenlis::math_kernels_of(target), &quenlis::conversion_kernels_of(target),
                                 &quenlis::fft_kernels_of(target), &quenlis::layer_kernels_of(target),
                                 &quenlis::resampler_kernels_of(target), &quenlis::bin_kernels_of(target)}});
     }
@@ -52,8 +52,6 @@ const std::vector<vector_target>& targets() {
 int active_index = 0;
 
 } // namespace
-
-vector_kernels active_kernels = scalar_kernels();
 
 void qnl_start_vector_layer() {
     select_vector_target(vector_target_count() - 1);
@@ -72,6 +70,14 @@ int active_vector_target() {
 }
 
 void select_vector_target(int index) {
-    active_kernels = targets()[static_cast<std::size_t>(index)].kernels;
+    const vector_kernels& chosen = targets()[static_cast<std::size_t>(index)].kernels;
+    active_arithmetic_kernels = *chosen.arithmetic;
+    active_complex_kernels = *chosen.complex;
+    active_math_kernels = *chosen.math;
+    active_conversion_kernels = *chosen.conversion;
+    active_fft_kernels = *chosen.fft;
+    active_layer_kernels = *chosen.layers;
+    active_resampler_kernels = *chosen.resampler;
+    active_bin_kernels = *chosen.bins;
     active_index = index;
 }

@@ -43,7 +43,7 @@ qnl_buffer_32f make_centre_window() {
 void separate_left_right_to_center(complex32f* left, complex32f* right, complex32f* centre) {
     const complex32f left_0 = left[0];
     const complex32f right_0 = right[0];
-    active_kernels.bins->separate_centre(left, right, centre, centre_bins);
+    active_bin_kernels.separate_centre(left, right, centre, centre_bins);
     const complex32f total = sum(left_0, right_0);
     centre[0] = {0.5F * total.re, 0.5F * total.im};
     left[0] = difference(left_0, centre[0]);
