@@ -67,20 +67,23 @@ int32_t listener_engine::input_audio(int32_t id, const float* block, float gain)
     if (source == nullptr)
         return 0;
     const int32_t channels = source->number_channels;
-    linked_buffer* last = source_manager::sm_get_last_buf(source);
+    linked_buffer*& last = source_manager::sm_get_last_buf(source);
     if (last == nullptr)
-        last = source->first_buffer = source_manager_.create_linked_buffer(channels);
-    linked_buffer* const tail = last != nullptr ? source_manager_.create_linked_buffer(channels) : nullptr;
-    if (tail == nullptr)
+        last = source_manager_.create_linked_buffer(channels);
+    linked_buffer* const filled = last != nullptr ? source_manager_.create_linked_buffer(channels) : nullptr;
+    if (filled == nullptr)
         return 1;
 
     const int32_t samples = frames_ * channels;
-    qnl_copy(block, last->data, samples);
+    qnl_copy(block, filled->data, samples);
     if (gain != 1.0F)
-        qnl_multiplyC_I(last->data, gain, samples);
+        qnl_multiplyC_I(filled->data, gain, samples);
     source->active = 1;
-    last->frames = frames_;
-    last->next = tail;
+    filled->frames = frames_;
+    // In front of the empty block, which stays as it is: the heap gives back a block that was freed a moment ago
+    // and is still in the cache. Filling the empty one would go through twice the memory.
+    filled->next = last;
+    last = filled;
     return 1;
 }
 

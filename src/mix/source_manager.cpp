@@ -215,11 +215,11 @@ void source_manager::destroy_linked_buffer(linked_buffer* block) {
     qnl_free(block);
 }
 
-linked_buffer* source_manager::sm_get_last_buf(const sSource* source) {
-    linked_buffer* last = source->first_buffer;
-    while (last != nullptr && last->next != nullptr)
-        last = last->next;
-    return last;
+linked_buffer*& source_manager::sm_get_last_buf(sSource* source) {
+    linked_buffer** last = &source->first_buffer;
+    while (*last != nullptr && (*last)->next != nullptr)
+        last = &(*last)->next;
+    return *last;
 }
 
 void source_manager::clear_all_buffers(sSource* source) {

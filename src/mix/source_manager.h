@@ -63,8 +63,9 @@ public:
     /// A new empty block for that many channels, data not cleared; null when memory is exhausted.
     linked_buffer* create_linked_buffer(int32_t channels) const;
     static void destroy_linked_buffer(linked_buffer* block);
-    /// The last block of the chain, or null. The caller holds the mutex.
-    static linked_buffer* sm_get_last_buf(const sSource* source);
+    /// The pointer that holds the last block of the chain; it is null when there is none. The caller holds
+    /// the mutex.
+    static linked_buffer*& sm_get_last_buf(sSource* source);
     /// Frees the whole chain; `active` stays. The caller holds the mutex.
     static void clear_all_buffers(sSource* source);
     /// Frees a source that is in no table. The caller holds the mutex.
