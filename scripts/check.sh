@@ -20,8 +20,8 @@ check_formatting() {
         xargs -0 clang-format --dry-run --Werror
 }
 
-# The engine, the hosts, the tools, the benchmarks and the fuzz targets. Tests are left to the compiler's warnings: the macros of the
-# test framework take most of the time and hide what matters.
+# The engine, the hosts, the tools, the benchmarks and the fuzz targets. Tests are left to the compiler's warnings:
+# the macros of the test framework take most of the time and hide what matters.
 check_tidy() {
     say "Configuring for clang-tidy"
     cmake --fresh --preset tidy
