@@ -7,8 +7,11 @@
 
 namespace vector_checks {
 
-/// Longest block of the sweeps: past four of the widest vectors and a tail.
+/// Longest block of the sweeps over all counts: past four of the widest vectors and a tail.
 constexpr int longest_count = 67;
+
+/// A block of two turns of eight of the widest vectors, and of whatever a shorter rest is taken in.
+constexpr int count_of_two_turns = 2 * 128 + 127;
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();

@@ -1,6 +1,6 @@
-// Every operation that walks arrays, with its form in place, on every target, with every count up to 67 and every
-// alignment, its destination apart or one of its sources: against the formula that describes it or, for the project's
-// own functions, against the scalar target.
+// Every operation that walks arrays, with its form in place, on every target, with every count up to 67 and a long
+// one and every alignment, its destination apart or one of its sources: against the formula that describes it or, for
+// the project's own functions, against the scalar target.
 #include "dsp/flush_to_zero.h"
 #include "dsp/vector_checks.h"
 #include "dsp/vector_primitives.h"
@@ -211,9 +211,11 @@ void sweep(destination where) {
             if ((where != destination::apart && op.source_width != op.width) ||
                 (where == destination::first_source && op.sources < 2))
                 continue;
-            for (int n = 0; n <= longest_count; ++n)
-                for (int offset = 0; offset < 16; ++offset)
+            for (int offset = 0; offset < 16; ++offset) {
+                for (int n = 0; n <= longest_count; ++n)
                     ASSERT_NO_FATAL_FAILURE(check(op, form, where, n, offset));
+                ASSERT_NO_FATAL_FAILURE(check(op, form, where, count_of_two_turns, offset));
+            }
         }
 }
 
